@@ -1,0 +1,51 @@
+// Entry points whose subsystems are not in the library yet: each writes the
+// line it opens with and does nothing more. A subsystem that lands moves its
+// entry point out of this file.
+
+#include <string>
+
+#include "bridge/Exports.h"
+#include "bridge/MacroRunner.h"
+#include "platform/Platform.h"
+
+namespace velmora {
+
+namespace {
+const char* flag(bool value) { return value ? "true" : "false"; }
+}  // namespace
+
+void activateVelmoraTab() {}
+
+void triggerAssistant(const char* selectedJSON, const char*) {
+    platform::nslog("Assistant: " + std::string(selectedJSON ? selectedJSON : ""));
+}
+
+void triggerMissedAssistant(const char*) {}
+
+void openShortcutsTaskpane() { platform::nslog("Shortcuts: 🟢 Dylib loaded successfully"); }
+void openAssistantTaskpane() { platform::nslog("Assistant: 🟢 Dylib loaded successfully"); }
+void openIconTaskpane() { platform::nslog("Icon: 🟢 Dylib loaded successfully"); }
+void openImageTaskpane() { platform::nslog("Icon: 🟢 Dylib loaded successfully"); }
+void openColorBarTaskpane() { platform::nslog("ColorBar: 🟢 Dylib loaded successfully"); }
+void openSlideLibraryTaskpane() { platform::nslog("Slide Library: 🟢 Dylib loaded successfully"); }
+void openTemplateLibraryTaskpane() { platform::nslog("Slide Library: 🟢 Dylib loaded successfully"); }
+void refreshSlideLibraryTaskpane() { platform::nslog("Slide Library: 🔄 Refresh requested from host code"); }
+void triggerColorThemeRefresh() { platform::nslog("ColorBar: 🎨 Theme refresh triggered from VBA"); }
+
+void initializeTablesOverlay(const char* rows, const char* columns, bool headerRow, bool headerColumn,
+                             bool separatorLines, bool pasteContent, bool useReferenceShape) {
+    platform::nslog(std::string("Initializing Table Builder with rows: ") + (rows ? rows : "") +
+                    ", columns: " + (columns ? columns : "") + ", headerRow: " + flag(headerRow) +
+                    ", headerColumn: " + flag(headerColumn) + ", separatorLines: " + flag(separatorLines) +
+                    ", pasteContent: " + flag(pasteContent) + ", useReferenceShape: " + flag(useReferenceShape));
+}
+
+void initializeLinesOverlay() { platform::nslog("Velmora Lines: toggling"); }
+
+void initializeTaggingOverlay(const char*) {}
+
+// The licence windows are not part of this library's behaviour.
+void initializeLoginOverlay() { platform::nslog("VL: initializeLoginOverlay called"); }
+void initializeFreeTrialOverlay() { platform::nslog("VL: initializeFreeTrialOverlay called"); }
+
+}  // namespace velmora

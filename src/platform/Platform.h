@@ -1,0 +1,77 @@
+// The Platform aggregate and the thin wrappers that every subsystem calls.
+//
+// Provides: Platform, platform::get(), platform::install(), and one wrapper
+// per operation (runScript, nslog, mainAsync, ...).
+// The ports are installed once, at first use: the build's adapter supplies
+// makeDefaultPlatform(). Tests install their own with install() before the
+// code under test runs and while no other thread uses the platform.
+// Subsystems never reach an adapter directly; they call the wrappers below,
+// so checks and test hooks sit in one place.
+#pragma once
+
+#include <memory>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "platform/Accessibility.h"
+#include "platform/Config.h"
+#include "platform/Dispatch.h"
+#include "platform/Events.h"
+#include "platform/Files.h"
+#include "platform/Http.h"
+#include "platform/Log.h"
+#include "platform/Process.h"
+#include "platform/Script.h"
+#include "platform/Views.h"
+#include "platform/Web.h"
+
+namespace velmora::platform {
+
+struct Platform {
+    std::shared_ptr<ScriptPort> script;
+    std::shared_ptr<DispatchPort> dispatch;
+    std::shared_ptr<LogPort> log;
+    std::shared_ptr<HttpPort> http;
+    std::shared_ptr<FilesPort> files;
+    std::shared_ptr<ProcessPort> process;
+    std::shared_ptr<EventsPort> events;
+    std::shared_ptr<ViewsPort> views;
+    std::shared_ptr<AccessibilityPort> accessibility;
+    std::shared_ptr<WebPort> web;
+    std::shared_ptr<ConfigPort> config;
+};
+
+// Supplied by the adapter that the build links in (hosts/linux today).
+std::shared_ptr<Platform> makeDefaultPlatform();
+
+// The installed platform; installs the default one at first use.
+Platform& get();
+// Replaces the installed platform. Every port must be set.
+void install(std::shared_ptr<Platform> platform);
+
+// --- wrappers -------------------------------------------------------------
+
+inline ScriptOutcome runScript(const std::string& source) { return get().script->run(source); }
+
+inline void nslog(std::string_view text) { get().log->nslog(text); }
+inline void print(std::string_view text) { get().log->print(text); }
+inline void logger(std::string_view subsystem, std::string_view category, LogLevel level, std::string_view text) {
+    get().log->logger(subsystem, category, level, text);
+}
+
+inline void mainAsync(Task task) { get().dispatch->mainAsync(std::move(task)); }
+inline void mainAsyncAfter(double seconds, Task task) { get().dispatch->mainAsyncAfter(seconds, std::move(task)); }
+inline void globalAsync(QualityOfService qos, Task task) { get().dispatch->globalAsync(qos, std::move(task)); }
+inline bool isMainThread() { return get().dispatch->isMainThread(); }
+
+inline FilesPort& files() { return *get().files; }
+inline HttpPort& http() { return *get().http; }
+inline ProcessPort& process() { return *get().process; }
+inline EventsPort& events() { return *get().events; }
+inline ViewsPort& views() { return *get().views; }
+inline AccessibilityPort& accessibility() { return *get().accessibility; }
+inline WebPort& web() { return *get().web; }
+inline ConfigPort& config() { return *get().config; }
+
+}  // namespace velmora::platform

@@ -1,0 +1,75 @@
+#include "support/Text.h"
+
+#include <charconv>
+#include <cmath>
+#include <cstdio>
+
+#include <fmt/format.h>
+
+namespace velmora::support {
+
+std::string swiftDescription(double value) {
+    if (std::isnan(value)) return "nan";
+    if (std::isinf(value)) return value < 0 ? "-inf" : "inf";
+    char buffer[64];
+    auto [end, ec] = std::to_chars(buffer, buffer + sizeof buffer, value);
+    std::string text(buffer, end);
+    if (text.find_first_of(".e") == std::string::npos) text += ".0";
+    return text;
+}
+
+std::string quoted(std::string_view text) {
+    std::string out;
+    out.reserve(text.size() + 2);
+    out += '"';
+    for (char c : text) {
+        switch (c) {
+            case '"': out += "\\\""; break;
+            case '\\': out += "\\\\"; break;
+            case '\n': out += "\\n"; break;
+            case '\r': out += "\\r"; break;
+            case '\t': out += "\\t"; break;
+            default:
+                if (static_cast<unsigned char>(c) < 0x20) {
+                    out += fmt::format("\\u{{{:x}}}", static_cast<unsigned>(c));
+                } else {
+                    out += c;
+                }
+        }
+    }
+    out += '"';
+    return out;
+}
+
+std::string arrayDescription(const std::vector<std::string>& items) {
+    std::string out = "[";
+    for (std::size_t i = 0; i < items.size(); ++i) {
+        if (i) out += ", ";
+        out += quoted(items[i]);
+    }
+    out += ']';
+    return out;
+}
+
+std::string formatFixed(double value, int decimals) {
+    // fmt never consults the C locale for a plain "f" presentation.
+    return fmt::format("{:.{}f}", value, decimals);
+}
+
+std::string lowercased(std::string_view text) {
+    std::string out(text);
+    for (char& c : out) {
+        if (c >= 'A' && c <= 'Z') c = static_cast<char>(c - 'A' + 'a');
+    }
+    return out;
+}
+
+std::string_view trimWhitespace(std::string_view text) {
+    constexpr std::string_view blanks = " \t\n\r";
+    auto first = text.find_first_not_of(blanks);
+    if (first == std::string_view::npos) return {};
+    auto last = text.find_last_not_of(blanks);
+    return text.substr(first, last - first + 1);
+}
+
+}  // namespace velmora::support

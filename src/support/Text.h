@@ -1,0 +1,33 @@
+// Text helpers shared by every subsystem: the printed forms of values as
+// the log shows them, and locale-independent number formatting.
+//
+// Provides: swiftDescription(double), quoted(), arrayDescription(),
+// formatFixed(), trim helpers, lowercased().
+#pragma once
+
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace velmora::support {
+
+// Shortest text that reads back as the same double, with ".0" on whole
+// numbers: 250 -> "250.0", 0.1 -> "0.1", 1e+20 -> "1e+20".
+std::string swiftDescription(double value);
+
+// The text in double quotes with '"', '\\' and control characters escaped.
+std::string quoted(std::string_view text);
+
+// A bracketed, comma-separated list of quoted strings: ["a", "b"].
+std::string arrayDescription(const std::vector<std::string>& items);
+
+// printf's "%.Nf" in the C locale, whatever the process locale is.
+std::string formatFixed(double value, int decimals);
+
+// Lower-cases ASCII letters and leaves every other byte as it is.
+std::string lowercased(std::string_view text);
+
+// Trims blanks, tabs, line feeds and carriage returns from both ends.
+std::string_view trimWhitespace(std::string_view text);
+
+}  // namespace velmora::support

@@ -1,0 +1,283 @@
+#include "Host.h"
+
+#include <dlfcn.h>
+#include <stdlib.h>
+
+#include <cstdio>
+#include <filesystem>
+#include <iostream>
+
+#include "platform/Platform.h"
+
+namespace velmora::host {
+
+namespace {
+
+constexpr const char* defaultHardwareReport =
+    "Hardware:\n\n    Hardware Overview:\n\n      Model Name: Simulated Mac\n"
+    "      Hardware UUID: 6D1A3C52-8B4F-4E0A-9C7D-2F5B8E1A4C90\n";
+
+// A ten-colour theme: dark 1, light 1, dark 2, light 2, accents 1 to 6.
+constexpr const char* defaultThemeColors = "#000000,#FFFFFF,#44546A,#E7E6E6,#4472C4,#ED7D31,#A5A5A5,#FFC000,#5B9BD5,#70AD47";
+
+class TranscriptLog : public platform::LogPort {
+public:
+    void nslog(std::string_view text) override { Host::instance().emit("log: " + Host::oneLine(std::string(text))); }
+    void print(std::string_view text) override { nslog(text); }
+    void logger(std::string_view, std::string_view, platform::LogLevel, std::string_view text) override { nslog(text); }
+};
+
+class SimulatedDispatch : public platform::DispatchPort {
+public:
+    void mainAsync(platform::Task task) override { Host::instance().mainQueue().post(0, std::move(task)); }
+    void mainAsyncAfter(double seconds, platform::Task task) override {
+        Host::instance().mainQueue().post(seconds, std::move(task));
+    }
+    void globalAsync(platform::QualityOfService, platform::Task task) override {
+        Host::instance().pool().post(std::move(task));
+    }
+    bool isMainThread() const override { return Host::instance().isMainThread(); }
+};
+
+}  // namespace
+
+class MacroProject : public platform::ScriptPort {
+public:
+    platform::ScriptOutcome run(const std::string& source) override { return Host::instance().runScript(source); }
+};
+
+class SimulatedProcess : public platform::ProcessPort {
+public:
+    platform::ProcessResult run(const std::string& path, const std::vector<std::string>& arguments) override {
+        auto& host = Host::instance();
+        platform::ProcessResult result;
+        std::optional<std::string> report;
+        host.withMacros([&] { report = host.hardwareReport_; });
+        if (path == "/usr/sbin/system_profiler" && report) {
+            result.started = true;
+            result.output = *report;
+        } else {
+            result.error = "Error Domain=NSCocoaErrorDomain Code=4 \"The file “" +
+                           std::filesystem::path(path).filename().string() + "” doesn’t exist.\"";
+        }
+        return result;
+    }
+};
+
+std::optional<MacroCall> parseMacroScript(const std::string& script) {
+    const std::string head = "tell application \"Microsoft PowerPoint\"\n    ";
+    const std::string tail = "\nend tell";
+    if (script.size() < head.size() + tail.size() || script.compare(0, head.size(), head) != 0 ||
+        script.compare(script.size() - tail.size(), tail.size(), tail) != 0) {
+        return std::nullopt;
+    }
+    std::string command = script.substr(head.size(), script.size() - head.size() - tail.size());
+    MacroCall call;
+    if (command.rfind("return ", 0) == 0) {
+        call.returning = true;
+        command.erase(0, 7);
+    }
+    const std::string start = "run VB macro macro name \"";
+    if (command.rfind(start, 0) != 0) return std::nullopt;
+    auto nameEnd = command.find('"', start.size());
+    if (nameEnd == std::string::npos) return std::nullopt;
+    call.name = command.substr(start.size(), nameEnd - start.size());
+    std::string rest = command.substr(nameEnd + 1);
+    if (rest.empty()) return call;
+    const std::string list = " list of parameters {";
+    if (call.returning || rest.rfind(list, 0) != 0 || rest.back() != '}') return std::nullopt;
+    std::string items = rest.substr(list.size(), rest.size() - list.size() - 1);
+    std::size_t at = 0;
+    while (at < items.size()) {
+        std::string item;
+        if (items[at] == '"') {
+            // A quoted item ends at the quote before ", " or the end: nothing is escaped.
+            std::size_t close = at + 1;
+            for (;; ++close) {
+                close = items.find('"', close);
+                if (close == std::string::npos) return std::nullopt;
+                if (close + 1 == items.size() || items.compare(close + 1, 2, ", ") == 0) break;
+            }
+            item = items.substr(at + 1, close - at - 1);
+            at = close + 1;
+        } else {
+            auto comma = items.find(", ", at);
+            item = items.substr(at, comma == std::string::npos ? std::string::npos : comma - at);
+            at = comma == std::string::npos ? items.size() : comma;
+        }
+        call.parameters.push_back(item);
+        if (at < items.size()) {
+            if (items.compare(at, 2, ", ") != 0) return std::nullopt;
+            at += 2;
+        }
+    }
+    return call;
+}
+
+Host& Host::instance() {
+    static Host host;
+    return host;
+}
+
+Host::Host()
+    : mainThread_(std::this_thread::get_id()),
+      views_(std::make_shared<hosts::MemoryViews>()),
+      accessibility_(std::make_shared<hosts::MemoryAccessibility>()),
+      web_(std::make_shared<hosts::MemoryWeb>()),
+      monitors_(std::make_shared<hosts::MonitorRegistry>()) {
+    auto ports = std::make_shared<platform::Platform>();
+    ports->script = std::make_shared<MacroProject>();
+    ports->dispatch = std::make_shared<SimulatedDispatch>();
+    ports->log = std::make_shared<TranscriptLog>();
+    ports->process = std::make_shared<SimulatedProcess>();
+    ports->events = monitors_;
+    ports->views = views_;
+    ports->accessibility = accessibility_;
+    ports->web = web_;
+    connection_.ports = ports;
+    connection_.logToStderr = false;
+    connection_.homeDirectory = "/Users/velmora";
+
+    std::string pattern = (std::filesystem::temp_directory_path() / "velmora-host-XXXXXX").string();
+    if (mkdtemp(pattern.data())) connection_.fileRoot = pattern;
+
+    macros_["GetEnableKeyboardShortcuts"].text = "true";
+    macros_["GetThemeColorsHexCsv"].text = defaultThemeColors;
+    hardwareReport_ = defaultHardwareReport;
+    handleMacro("CallTriggerAssistant", [](const MacroCall&) -> std::optional<std::string> {
+        auto& host = Host::instance();
+        const std::string selected = host.selectedShapesJSON, others = host.otherShapesJSON;
+        host.exports().triggerAssistant(selected.c_str(), others.c_str());
+        return std::nullopt;
+    });
+    buildWindow();
+}
+
+void Host::buildWindow() {
+    // The document window as the host builds it: the task pane split view
+    // holds the slide editor, and panes are added beside it.
+    auto content = std::make_shared<hosts::MemoryView>("NSView", platform::Rect{0, 0, 1280, 800});
+    auto split = std::make_shared<hosts::MemoryView>("CUITaskPaneSplitView", platform::Rect{0, 0, 1280, 760});
+    split->addSubview(std::make_shared<hosts::MemoryView>("CUISlideEditorView", platform::Rect{0, 0, 1280, 760}));
+    content->addSubview(std::make_shared<hosts::MemoryView>("CUIRibbonView", platform::Rect{0, 760, 1280, 40}));
+    content->addSubview(split);
+    splitView_ = split;
+    documentWindow_ = std::make_shared<hosts::MemoryWindow>("CUIDocumentShellWindow", content);
+    views_->addWindow(documentWindow_);
+    views_->setKeyWindow(documentWindow_);
+}
+
+std::optional<std::string> Host::load(const std::string& libraryPath) {
+    handle_ = dlopen(libraryPath.c_str(), RTLD_NOW | RTLD_LOCAL);
+    if (!handle_) return std::string(dlerror());
+    bool missing = false;
+    auto bind = [&](auto& slot, const char* name) {
+        slot = reinterpret_cast<std::remove_reference_t<decltype(slot)>>(dlsym(handle_, name));
+        if (!slot) missing = true;
+    };
+#define VELMORA_BIND(name) bind(exports_.name, #name)
+    VELMORA_BIND(initializeEventMonitor);
+    VELMORA_BIND(updateShortcutEnabledState);
+    VELMORA_BIND(activateVelmoraTab);
+    VELMORA_BIND(triggerAssistant);
+    VELMORA_BIND(triggerMissedAssistant);
+    VELMORA_BIND(openShortcutsTaskpane);
+    VELMORA_BIND(openAssistantTaskpane);
+    VELMORA_BIND(openIconTaskpane);
+    VELMORA_BIND(openImageTaskpane);
+    VELMORA_BIND(openColorBarTaskpane);
+    VELMORA_BIND(openSlideLibraryTaskpane);
+    VELMORA_BIND(openTemplateLibraryTaskpane);
+    VELMORA_BIND(refreshSlideLibraryTaskpane);
+    VELMORA_BIND(triggerColorThemeRefresh);
+    VELMORA_BIND(initializeTablesOverlay);
+    VELMORA_BIND(initializeLinesOverlay);
+    VELMORA_BIND(initializeTaggingOverlay);
+    VELMORA_BIND(initializeLoginOverlay);
+    VELMORA_BIND(initializeFreeTrialOverlay);
+#undef VELMORA_BIND
+    if (missing) return "the library lacks one of the 19 entry points";
+    return std::nullopt;
+}
+
+void Host::emit(const std::string& line) {
+    std::lock_guard lock(outputMutex_);
+    std::fwrite(line.data(), 1, line.size(), stdout);
+    std::fputc('\n', stdout);
+    std::fflush(stdout);
+}
+
+std::string Host::oneLine(const std::string& text) {
+    std::string out;
+    out.reserve(text.size());
+    for (char c : text) {
+        if (c == '\n') {
+            out += "\\n";
+        } else {
+            out += c;
+        }
+    }
+    return out;
+}
+
+bool Host::isMainThread() const { return std::this_thread::get_id() == mainThread_; }
+
+void Host::settle() {
+    for (;;) {
+        pool_.waitIdle();
+        if (mainQueue_.runDue() == 0) break;
+    }
+}
+
+void Host::withMacros(const std::function<void()>& body) const {
+    std::lock_guard lock(macroMutex_);
+    body();
+}
+
+void Host::handleMacro(const std::string& macro, MacroHandler handler) {
+    withMacros([&] { macroHandlers_[macro] = std::move(handler); });
+}
+
+std::vector<std::pair<std::string, int>> Host::macroCounts() const {
+    std::vector<std::pair<std::string, int>> counts;
+    withMacros([&] { counts = macroCounts_; });
+    return counts;
+}
+
+void Host::setHardwareReport(std::optional<std::string> report) {
+    withMacros([&] { hardwareReport_ = std::move(report); });
+}
+
+platform::ScriptOutcome Host::runScript(const std::string& source) {
+    emit("script: " + oneLine(source));
+    auto call = parseMacroScript(source);
+    if (!call) return {true, platform::ScriptError{"Expected end of line but found unknown token.", -2741}, std::nullopt};
+
+    MacroAnswer answer;
+    MacroHandler handler;
+    withMacros([&] {
+        auto counted = std::find_if(macroCounts_.begin(), macroCounts_.end(),
+                                    [&](const auto& entry) { return entry.first == call->name; });
+        if (counted == macroCounts_.end()) {
+            macroCounts_.emplace_back(call->name, 1);
+        } else {
+            ++counted->second;
+        }
+        if (auto it = macros_.find(call->name); it != macros_.end()) answer = it->second;
+        if (auto it = macroHandlers_.find(call->name); it != macroHandlers_.end()) handler = it->second;
+    });
+    if (answer.fails) {
+        return {true, platform::ScriptError{"Microsoft PowerPoint got an error: The macro “" + call->name + "” failed.", -2700},
+                std::nullopt};
+    }
+    // A handler runs outside the lock: it may call back into the library.
+    std::optional<std::string> result = handler ? handler(*call) : std::nullopt;
+    if (answer.text) result = answer.text;
+    return {true, std::nullopt, result};
+}
+
+}  // namespace velmora::host
+
+extern "C" __attribute__((visibility("default"))) const velmora::hosts::linuxhost::HostConnection* velmoraLinuxHost() {
+    return velmora::host::Host::instance().connection();
+}

@@ -1,0 +1,154 @@
+// The host simulator: plays the presentation program and its macro project
+// around the library, which it loads with dlopen and drives through the 19
+// exported functions alone.
+//
+// Provides: Host (the process-wide simulator state), Exports (the loaded
+// entry points), ScenarioError.
+// The host's services reach the library through the `velmoraLinuxHost`
+// symbol this program exports (see src/hosts/linux/HostConnection.h): its
+// main loop on a virtual clock, a worker pool, its macro project, windows,
+// accessibility tree, web views, event monitors and a sandbox for files.
+#pragma once
+
+#include <functional>
+#include <map>
+#include <memory>
+#include <mutex>
+#include <optional>
+#include <stdexcept>
+#include <string>
+#include <vector>
+
+#include "hosts/common/MemoryAccessibility.h"
+#include "hosts/common/MemoryViews.h"
+#include "hosts/common/MemoryWeb.h"
+#include "hosts/common/MonitorRegistry.h"
+#include "hosts/common/ThreadPool.h"
+#include "hosts/common/VirtualClockQueue.h"
+#include "hosts/linux/HostConnection.h"
+
+namespace velmora::host {
+
+// A scenario line the simulator cannot carry out.
+struct ScenarioError : std::runtime_error {
+    using std::runtime_error::runtime_error;
+};
+
+// The 19 entry points as loaded from the library.
+struct Exports {
+    void (*initializeEventMonitor)() = nullptr;
+    void (*updateShortcutEnabledState)() = nullptr;
+    void (*activateVelmoraTab)() = nullptr;
+    void (*triggerAssistant)(const char*, const char*) = nullptr;
+    void (*triggerMissedAssistant)(const char*) = nullptr;
+    void (*openShortcutsTaskpane)() = nullptr;
+    void (*openAssistantTaskpane)() = nullptr;
+    void (*openIconTaskpane)() = nullptr;
+    void (*openImageTaskpane)() = nullptr;
+    void (*openColorBarTaskpane)() = nullptr;
+    void (*openSlideLibraryTaskpane)() = nullptr;
+    void (*openTemplateLibraryTaskpane)() = nullptr;
+    void (*refreshSlideLibraryTaskpane)() = nullptr;
+    void (*triggerColorThemeRefresh)() = nullptr;
+    void (*initializeTablesOverlay)(const char*, const char*, bool, bool, bool, bool, bool) = nullptr;
+    void (*initializeLinesOverlay)() = nullptr;
+    void (*initializeTaggingOverlay)(const char*) = nullptr;
+    void (*initializeLoginOverlay)() = nullptr;
+    void (*initializeFreeTrialOverlay)() = nullptr;
+};
+
+// One macro call as the macro project saw it.
+struct MacroCall {
+    std::string name;
+    std::vector<std::string> parameters;  // quoted ones without their quotes; a bare one as written
+    bool returning = false;
+};
+
+// Parses the script the library sends; nothing when it is not a macro call.
+std::optional<MacroCall> parseMacroScript(const std::string& script);
+
+class Host {
+public:
+    static Host& instance();
+
+    // Loads the library; gives an error text on failure.
+    std::optional<std::string> load(const std::string& libraryPath);
+    const Exports& exports() const { return exports_; }
+
+    // The transcript: one line per event, safe from any thread.
+    void emit(const std::string& line);
+    // Line feeds written as \n, so one event stays one line.
+    static std::string oneLine(const std::string& text);
+
+    // Main loop.
+    hosts::VirtualClockQueue& mainQueue() { return mainQueue_; }
+    hosts::ThreadPool& pool() { return pool_; }
+    bool isMainThread() const;
+    // Runs the main queue's due blocks; what the host's run loop does between events.
+    void turnRunLoop() { mainQueue_.runDue(); }
+    // Waits for background work and runs the main queue until nothing is due.
+    void settle();
+
+    // Macro project.
+    struct MacroAnswer {
+        std::optional<std::string> text;
+        bool fails = false;
+    };
+    void setAnswer(const std::string& macro, std::string text) { withMacros([&] { macros_[macro].text = std::move(text); }); }
+    void setFailing(const std::string& macro) { withMacros([&] { macros_[macro].fails = true; }); }
+    std::vector<std::pair<std::string, int>> macroCounts() const;
+    // Lets later parts of the simulator answer a macro themselves; the
+    // handler gives the result text, or nothing for none.
+    using MacroHandler = std::function<std::optional<std::string>(const MacroCall&)>;
+    void handleMacro(const std::string& macro, MacroHandler handler);
+
+    // Document: the shapes the macro project reports, as JSON arrays.
+    std::string selectedShapesJSON = "[]";
+    std::string otherShapesJSON = "[]";
+
+    // Hardware report the simulated machine prints; nothing: the tool fails to start.
+    void setHardwareReport(std::optional<std::string> report);
+
+    // Windows and trees.
+    hosts::MemoryViews& views() { return *views_; }
+    hosts::MemoryAccessibility& accessibility() { return *accessibility_; }
+    hosts::MemoryWeb& web() { return *web_; }
+    hosts::MonitorRegistry& monitors() { return *monitors_; }
+    std::shared_ptr<hosts::MemoryWindow> documentWindow() const { return documentWindow_; }
+    std::shared_ptr<platform::View> splitView() const { return splitView_; }
+    const std::string& sandboxRoot() const { return connection_.fileRoot; }
+
+    const hosts::linuxhost::HostConnection* connection() const { return &connection_; }
+    void setLogToStderr(bool on) { connection_.logToStderr = on; }
+
+private:
+    Host();
+    void buildWindow();
+    void withMacros(const std::function<void()>& body) const;
+    platform::ScriptOutcome runScript(const std::string& source);
+    friend class MacroProject;
+    friend class SimulatedProcess;
+
+    Exports exports_;
+    void* handle_ = nullptr;
+    std::mutex outputMutex_;
+    hosts::VirtualClockQueue mainQueue_;
+    hosts::ThreadPool pool_{4};
+    std::thread::id mainThread_;
+
+    mutable std::recursive_mutex macroMutex_;
+    std::map<std::string, MacroAnswer> macros_;
+    std::map<std::string, MacroHandler> macroHandlers_;
+    std::vector<std::pair<std::string, int>> macroCounts_;
+    std::optional<std::string> hardwareReport_;
+
+    std::shared_ptr<hosts::MemoryViews> views_;
+    std::shared_ptr<hosts::MemoryAccessibility> accessibility_;
+    std::shared_ptr<hosts::MemoryWeb> web_;
+    std::shared_ptr<hosts::MonitorRegistry> monitors_;
+    std::shared_ptr<hosts::MemoryWindow> documentWindow_;
+    std::shared_ptr<platform::View> splitView_;
+    hosts::linuxhost::HostConnection connection_;
+};
+
+}  // namespace velmora::host

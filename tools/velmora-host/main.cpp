@@ -1,0 +1,81 @@
+// velmora-host: the host simulator.
+//
+//   velmora-host [--library PATH] [--stderr-log]            the built-in tour
+//   velmora-host [--library PATH] [--stderr-log] run FILE   a scenario
+
+#include <dlfcn.h>
+#include <unistd.h>
+
+#include <filesystem>
+#include <fstream>
+#include <iostream>
+#include <sstream>
+#include <string>
+
+#include "Host.h"
+#include "Scenario.h"
+
+namespace {
+
+// The library built beside this program.
+std::string defaultLibrary() {
+    std::error_code ec;
+    auto self = std::filesystem::read_symlink("/proc/self/exe", ec);
+    auto folder = ec ? std::filesystem::current_path() : self.parent_path();
+    for (auto candidate : {folder / VELMORA_LIBRARY_FILE, folder / ".." / ".." / "src" / VELMORA_LIBRARY_FILE}) {
+        if (std::filesystem::exists(candidate, ec)) return candidate.string();
+    }
+    return (folder / VELMORA_LIBRARY_FILE).string();
+}
+
+int usage() {
+    std::cerr << "usage: velmora-host [--library PATH] [--stderr-log] [run FILE]\n";
+    return 2;
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    using namespace velmora::host;
+    std::string library = defaultLibrary();
+    std::string scenario;
+    bool stderrLog = false;
+    for (int i = 1; i < argc; ++i) {
+        std::string word = argv[i];
+        if (word == "--library" && i + 1 < argc) {
+            library = argv[++i];
+        } else if (word == "--stderr-log") {
+            stderrLog = true;
+        } else if (word == "run" && i + 1 < argc) {
+            scenario = argv[++i];
+        } else {
+            return usage();
+        }
+    }
+
+    auto& host = Host::instance();
+    host.setLogToStderr(stderrLog);
+    if (auto error = host.load(library)) {
+        std::cerr << "velmora-host: cannot load " << library << ": " << *error << "\n";
+        return 1;
+    }
+
+    int code = 0;
+    if (scenario.empty()) {
+        code = runTour();
+    } else {
+        std::ifstream in(scenario, std::ios::binary);
+        if (!in) {
+            std::cerr << "velmora-host: cannot read " << scenario << "\n";
+            return 2;
+        }
+        std::ostringstream text;
+        text << in.rdbuf();
+        code = runScenario(text.str(), scenario, std::filesystem::path(scenario).parent_path().string());
+    }
+    host.settle();
+    std::cout.flush();
+    // Worker threads and the library stay loaded until exit: nothing is torn down.
+    std::fflush(stdout);
+    _exit(code);
+}
