@@ -20,6 +20,7 @@
 #include "platform/Events.h"
 #include "platform/Files.h"
 #include "platform/Http.h"
+#include "platform/Inspection.h"
 #include "platform/Log.h"
 #include "platform/Process.h"
 #include "platform/Script.h"
@@ -40,6 +41,7 @@ struct Platform {
     std::shared_ptr<AccessibilityPort> accessibility;
     std::shared_ptr<WebPort> web;
     std::shared_ptr<ConfigPort> config;
+    std::shared_ptr<InspectionPort> inspection;
 };
 
 // Supplied by the adapter that the build links in (hosts/linux today).
@@ -73,5 +75,8 @@ inline ViewsPort& views() { return *get().views; }
 inline AccessibilityPort& accessibility() { return *get().accessibility; }
 inline WebPort& web() { return *get().web; }
 inline ConfigPort& config() { return *get().config; }
+inline void registerInspector(const std::string& name, Inspector inspector) {
+    get().inspection->registerInspector(name, std::move(inspector));
+}
 
 }  // namespace velmora::platform

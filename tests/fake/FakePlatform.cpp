@@ -192,6 +192,22 @@ int FakeProcess::runs(const std::string& path) const {
     return it == runs_.end() ? 0 : it->second;
 }
 
+void FakeInspection::registerInspector(const std::string& name, platform::Inspector inspector) {
+    std::lock_guard lock(mutex_);
+    inspectors_[name] = std::move(inspector);
+}
+
+std::optional<std::vector<std::string>> FakeInspection::inspect(const std::string& name) const {
+    platform::Inspector inspector;
+    {
+        std::lock_guard lock(mutex_);
+        auto it = inspectors_.find(name);
+        if (it == inspectors_.end()) return std::nullopt;
+        inspector = it->second;
+    }
+    return inspector();
+}
+
 FakePlatform::FakePlatform() {
     std::string pattern = (std::filesystem::temp_directory_path() / "velmora-test-XXXXXX").string();
     if (!mkdtemp(pattern.data())) throw std::runtime_error("cannot make a temporary folder");
@@ -217,6 +233,7 @@ void FakePlatform::install() {
     platform->accessibility = accessibility;
     platform->web = web;
     platform->config = config;
+    platform->inspection = inspection;
     platform::install(std::move(platform));
 }
 

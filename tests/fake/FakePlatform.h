@@ -131,6 +131,17 @@ public:
     std::string cdn = "https://cdn.test/";
 };
 
+class FakeInspection : public platform::InspectionPort {
+public:
+    void registerInspector(const std::string& name, platform::Inspector inspector) override;
+    // The inspector's lines, or nothing when none has that name.
+    std::optional<std::vector<std::string>> inspect(const std::string& name) const;
+
+private:
+    mutable std::mutex mutex_;
+    std::map<std::string, platform::Inspector> inspectors_;
+};
+
 // Owns one fake of every port and the temporary root below which files live.
 class FakePlatform {
 public:
@@ -153,6 +164,7 @@ public:
     std::shared_ptr<hosts::MemoryAccessibility> accessibility = std::make_shared<hosts::MemoryAccessibility>();
     std::shared_ptr<hosts::MemoryWeb> web = std::make_shared<hosts::MemoryWeb>();
     std::shared_ptr<FakeConfig> config = std::make_shared<FakeConfig>();
+    std::shared_ptr<FakeInspection> inspection = std::make_shared<FakeInspection>();
 
     const std::string& root() const { return root_; }
 

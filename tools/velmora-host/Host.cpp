@@ -46,6 +46,14 @@ public:
     platform::ScriptOutcome run(const std::string& source) override { return Host::instance().runScript(source); }
 };
 
+class HostInspection : public platform::InspectionPort {
+public:
+    void registerInspector(const std::string& name, platform::Inspector inspector) override {
+        auto& host = Host::instance();
+        host.withMacros([&] { host.inspectors_[name] = std::move(inspector); });
+    }
+};
+
 class SimulatedProcess : public platform::ProcessPort {
 public:
     platform::ProcessResult run(const std::string& path, const std::vector<std::string>& arguments) override {
@@ -134,6 +142,7 @@ Host::Host()
     ports->views = views_;
     ports->accessibility = accessibility_;
     ports->web = web_;
+    ports->inspection = std::make_shared<HostInspection>();
     connection_.ports = ports;
     connection_.logToStderr = false;
     connection_.homeDirectory = "/Users/velmora";
@@ -242,6 +251,15 @@ std::vector<std::pair<std::string, int>> Host::macroCounts() const {
     std::vector<std::pair<std::string, int>> counts;
     withMacros([&] { counts = macroCounts_; });
     return counts;
+}
+
+std::optional<std::vector<std::string>> Host::inspect(const std::string& name) {
+    platform::Inspector inspector;
+    withMacros([&] {
+        if (auto it = inspectors_.find(name); it != inspectors_.end()) inspector = it->second;
+    });
+    if (!inspector) return std::nullopt;
+    return inspector();
 }
 
 void Host::setHardwareReport(std::optional<std::string> report) {

@@ -118,6 +118,10 @@ public:
     std::shared_ptr<platform::View> splitView() const { return splitView_; }
     const std::string& sandboxRoot() const { return connection_.fileRoot; }
 
+    // The library's text rendering of one part of its state, when that part
+    // has been made; nothing before its first use.
+    std::optional<std::vector<std::string>> inspect(const std::string& name);
+
     const hosts::linuxhost::HostConnection* connection() const { return &connection_; }
     void setLogToStderr(bool on) { connection_.logToStderr = on; }
 
@@ -139,6 +143,8 @@ private:
     mutable std::recursive_mutex macroMutex_;
     std::map<std::string, MacroAnswer> macros_;
     std::map<std::string, MacroHandler> macroHandlers_;
+    std::map<std::string, platform::Inspector> inspectors_;
+    friend class HostInspection;
     std::vector<std::pair<std::string, int>> macroCounts_;
     std::optional<std::string> hardwareReport_;
 

@@ -110,6 +110,12 @@ public:
     platform::ScriptOutcome run(const std::string& source) override;
 };
 
+// For a host that does not read the library's state.
+class IgnoredInspection : public platform::InspectionPort {
+public:
+    void registerInspector(const std::string&, platform::Inspector) override {}
+};
+
 class StaticConfig : public platform::ConfigPort {
 public:
     StaticConfig(std::string service, std::string cdn) : service_(std::move(service)), cdn_(std::move(cdn)) {}

@@ -135,6 +135,7 @@ std::shared_ptr<Platform> makeDefaultPlatform() {
     if (!platform->accessibility) platform->accessibility = std::make_shared<hosts::MemoryAccessibility>();
     if (!platform->web) platform->web = std::make_shared<hosts::MemoryWeb>();
     if (!platform->config) platform->config = std::make_shared<StaticConfig>(defaultServiceBaseURL, defaultCdnBaseURL);
+    if (!platform->inspection) platform->inspection = std::make_shared<IgnoredInspection>();
     return platform;
 }
 
