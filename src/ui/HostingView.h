@@ -1,0 +1,58 @@
+// A platform view that hosts a pane description.
+//
+// Provides: HostingView, Body.
+// The body is the pane's pure function from its width to a node tree; the
+// hosting view evaluates it at its current width whenever it is asked to
+// update: when its width changes, when it is laid out for the first time,
+// and when the pane's state calls invalidate() (for a published change or a
+// timer). After each evaluation it runs the onAppear closures of the nodes
+// that are new: a node is known by the path of identities (or sibling
+// indices where a node has none) from the root. This is what makes a row
+// "appear" and start its glow. Main thread only.
+#pragma once
+
+#include <functional>
+#include <memory>
+#include <set>
+#include <string>
+
+#include "platform/Views.h"
+#include "ui/Node.h"
+
+namespace velmora::ui {
+
+using Body = std::function<Node(double width)>;
+
+class HostingView : public platform::View {
+public:
+    static constexpr const char* kClassName = "NSHostingView";
+
+    explicit HostingView(Body body);
+    static std::shared_ptr<HostingView> make(Body body) { return std::make_shared<HostingView>(std::move(body)); }
+
+    std::string className() const override { return kClassName; }
+    void setFrame(const platform::Rect& frame) override;
+    void layout() override;
+
+    // Rebuilds the tree at the current width and runs the new onAppear closures.
+    void invalidate();
+    // The tree as last built; builds it first if it never was.
+    const Node& tree();
+    // Builds the tree at another width without touching the current one.
+    Node treeAt(double width) const { return body_(width); }
+    // Times the body has been evaluated by update(); for tests.
+    int updates() const { return updates_; }
+
+private:
+    void update();
+
+    Body body_;
+    Node tree_;
+    bool built_ = false;
+    bool updating_ = false;
+    bool again_ = false;
+    int updates_ = 0;
+    std::set<std::string> shown_;
+};
+
+}  // namespace velmora::ui

@@ -1,0 +1,295 @@
+// Pane descriptions: a pane or window is a pure function from its state and
+// its width to a tree of `Node`s. Renderers (ui/HtmlRenderer.h) draw trees;
+// tests read the numbers straight off them.
+//
+// Provides: Color (+ colors::), FontWeight, FontDesign, Font, Alignment, Axis,
+// Edge, Edges, Frame, Shadow, Border, Kind, Node, and one builder per kind:
+//   containers  vstack, hstack, zstack, scroll, grid
+//   content     text, image (file path, read through the files port when
+//               drawn), symbol (system symbol by name), spacer, divider
+//   controls    button (label or content), toggle, textField, picker, menu,
+//               popover
+//   shapes      rectangle, roundedRectangle, circle, capsule
+//
+// Modifiers are member functions that chain on both temporaries and named
+// nodes: text("Hi").font(14, FontWeight::semibold).padding(8).background(c).
+// Within one node the layout modifiers apply from the inside out in a fixed
+// order: padding, frame, background, border, cornerRadius (clips), shadow,
+// opacity, scale. A modifier that would go inside one already applied (a
+// padding after a background, a second frame) wraps the node first in a
+// one-child layered stack (Kind::zstack) that carries the new modifier, so a
+// chain reads as in a declarative toolkit. Paddings and opacities that meet
+// with nothing between them combine (sum, product). font, foreground,
+// lineLimit, help, identity, accessibilityIdentifier and the closures never
+// wrap; font and foreground colour are inherited by descendants that set
+// none.
+//
+// Closures (action, onEdit, onAppear) run on the main thread. A host invokes
+// an action by the node's label (text) or help text; see ui::findActionable.
+// Timed behaviour (a glow, a flash) is view state changed by main-queue
+// timers (platform::mainAsyncAfter), and the view is rebuilt from it.
+#pragma once
+
+#include <cstdint>
+#include <functional>
+#include <initializer_list>
+#include <limits>
+#include <optional>
+#include <string>
+#include <utility>
+#include <vector>
+
+namespace velmora::ui {
+
+// sRGB components and opacity, each 0...1.
+struct Color {
+    double red = 0, green = 0, blue = 0, alpha = 1;
+    bool operator==(const Color&) const = default;
+    Color opacity(double factor) const { return {red, green, blue, alpha * factor}; }
+    static constexpr Color rgb255(double r, double g, double b, double a = 1) { return {r / 255, g / 255, b / 255, a}; }
+};
+
+namespace colors {
+inline constexpr Color clear{0, 0, 0, 0};
+inline constexpr Color black{0, 0, 0, 1};
+inline constexpr Color white{1, 1, 1, 1};
+// The platform's standard tints (light appearance).
+inline constexpr Color gray = Color::rgb255(142, 142, 147);
+inline constexpr Color red = Color::rgb255(255, 59, 48);
+inline constexpr Color green = Color::rgb255(52, 199, 89);
+inline constexpr Color blue = Color::rgb255(0, 122, 255);
+inline constexpr Color orange = Color::rgb255(255, 149, 0);
+// The add-in's accent, "#FE6B6B".
+inline constexpr Color subtleRed = Color::rgb255(254, 107, 107);
+}  // namespace colors
+
+enum class FontWeight { ultraLight, thin, light, regular, medium, semibold, bold, heavy, black };
+enum class FontDesign { standard, rounded, monospaced, serif };
+
+struct Font {
+    double size = 13;  // the platform's body size
+    FontWeight weight = FontWeight::regular;
+    FontDesign design = FontDesign::standard;
+    bool operator==(const Font&) const = default;
+};
+
+// Alignment of children in a stack or of content in a frame. A vertical
+// stack uses the horizontal part (leading/center/trailing), a horizontal one
+// the vertical part (top/center/bottom).
+enum class Alignment { center, leading, trailing, top, bottom, topLeading, topTrailing, bottomLeading, bottomTrailing };
+
+enum class Axis { vertical, horizontal };
+
+// Edge sets for padding, as bits.
+enum Edge : std::uint8_t {
+    top = 1,
+    leading = 2,
+    bottom = 4,
+    trailing = 8,
+    horizontal = leading | trailing,
+    vertical = top | bottom,
+    all = 15,
+};
+
+struct Edges {
+    double top = 0, leading = 0, bottom = 0, trailing = 0;
+    bool operator==(const Edges&) const = default;
+    bool isZero() const { return top == 0 && leading == 0 && bottom == 0 && trailing == 0; }
+};
+
+inline constexpr double infinity = std::numeric_limits<double>::infinity();
+
+// A frame: a fixed width/height, or minimum/ideal/maximum bounds (a maximum
+// of `infinity` fills the space offered). Unset values leave the content's
+// own size.
+struct Frame {
+    std::optional<double> width, height;
+    std::optional<double> minWidth, idealWidth, maxWidth;
+    std::optional<double> minHeight, idealHeight, maxHeight;
+    Alignment alignment = Alignment::center;
+    bool isSet() const {
+        return width || height || minWidth || idealWidth || maxWidth || minHeight || idealHeight || maxHeight;
+    }
+};
+
+struct Shadow {
+    Color color = colors::black.opacity(0.33);
+    double radius = 0, x = 0, y = 0;
+};
+
+struct Border {
+    Color color = colors::black;
+    double width = 1;
+};
+
+enum class Kind {
+    vstack, hstack, zstack, scroll, grid,
+    text, image, symbol, spacer, divider,
+    button, toggle, textField, picker, menu, popover,
+    rectangle, roundedRectangle, circle, capsule,
+};
+
+// The printed name of a kind: "vstack", "roundedRectangle", ...
+const char* kindName(Kind kind);
+
+struct Node {
+    Kind kind = Kind::zstack;
+
+    // text: the string; image: the file path; symbol: the symbol name;
+    // button/toggle/picker/menu: the label (empty when `children` hold the
+    // label content); textField: the current value.
+    std::string text;
+    std::string placeholder;  // textField
+
+    // Children. Stacks, scroll, grid: the content. button: the label content
+    // (when `text` is empty). picker/menu: the items (buttons; a picker marks
+    // the chosen one with isOn). popover: [anchor, content].
+    std::vector<Node> children;
+
+    // Containers.
+    std::optional<double> spacing;  // unset: the platform's default (8)
+    Alignment alignment = Alignment::center;
+    Axis axis = Axis::vertical;     // scroll
+    int columns = 1;                // grid: children fill rows left to right
+
+    // Images.
+    bool resizable = false;
+    bool aspectFit = true;  // with `resizable`: fit (true) or fill (false), proportions kept
+
+    // Shapes.
+    double shapeCornerRadius = 0;  // roundedRectangle
+
+    // Controls.
+    bool isOn = false;  // toggle: on; popover: presented; picker item: chosen
+
+    // Every modifier as a number; tests read them here: node.mod.font->size.
+    struct Modifiers {
+        // Layout, applied in this order from the inside out.
+        Edges padding;
+        Frame frame;
+        std::optional<Color> background;
+        std::optional<Border> border;
+        double cornerRadius = 0;
+        std::optional<Shadow> shadow;
+        double opacity = 1;
+        double scale = 1;
+        // Text and symbols; unset means inherited.
+        std::optional<Font> font;
+        std::optional<Color> foreground;  // text colour or shape fill
+        std::optional<int> lineLimit;
+        // Descriptive.
+        std::string help;
+        std::string identity;  // stable identity among siblings
+        std::string accessibilityIdentifier;
+    } mod;
+
+    // Closures, run on the main thread.
+    std::function<void()> action;                    // button, toggle, menu/picker items
+    std::function<void(const std::string&)> onEdit;  // textField
+    std::function<void()> onAppear;                  // run by ui::HostingView when the node first shows
+
+    // --- modifiers (each also callable on a temporary) ---
+    Node& padding(double length) &;
+    Node& padding(std::uint8_t edges, double length) &;
+    Node& padding(const Edges& edges) &;
+    Node& frame(const Frame& frame) &;
+    Node& frame(double width, double height, Alignment alignment = Alignment::center) &;
+    Node& frameWidth(double width) &;
+    Node& frameHeight(double height) &;
+    Node& maxWidth(double width, Alignment alignment = Alignment::center) &;
+    Node& background(Color color) &;
+    Node& border(Color color, double width = 1) &;
+    Node& cornerRadius(double radius) &;
+    Node& shadow(Color color, double radius, double x = 0, double y = 0) &;
+    Node& opacity(double value) &;
+    Node& scale(double value) &;
+
+    Node& font(double size, FontWeight weight = FontWeight::regular, FontDesign design = FontDesign::standard) &;
+    Node& foregroundColor(Color color) &;
+    Node& lineLimit(int lines) &;
+    Node& makeResizable(bool fit = true) &;
+    Node& help(std::string text) &;
+    Node& id(std::string identity) &;
+    Node& accessibilityId(std::string identifier) &;
+    Node& onAppearDo(std::function<void()> closure) &;
+
+#define VELMORA_UI_RVALUE(name) \
+    template <class... A>       \
+    Node&& name(A&&... a) && { return std::move(this->name(std::forward<A>(a)...)); }
+    VELMORA_UI_RVALUE(padding)
+    VELMORA_UI_RVALUE(frame)
+    VELMORA_UI_RVALUE(frameWidth)
+    VELMORA_UI_RVALUE(frameHeight)
+    VELMORA_UI_RVALUE(maxWidth)
+    VELMORA_UI_RVALUE(background)
+    VELMORA_UI_RVALUE(border)
+    VELMORA_UI_RVALUE(cornerRadius)
+    VELMORA_UI_RVALUE(shadow)
+    VELMORA_UI_RVALUE(opacity)
+    VELMORA_UI_RVALUE(scale)
+    VELMORA_UI_RVALUE(font)
+    VELMORA_UI_RVALUE(foregroundColor)
+    VELMORA_UI_RVALUE(lineLimit)
+    VELMORA_UI_RVALUE(makeResizable)
+    VELMORA_UI_RVALUE(help)
+    VELMORA_UI_RVALUE(id)
+    VELMORA_UI_RVALUE(accessibilityId)
+    VELMORA_UI_RVALUE(onAppearDo)
+#undef VELMORA_UI_RVALUE
+
+    // The modifier stage reached so far (see the header comment); internal.
+    int stage = 0;
+};
+
+// --- builders ---------------------------------------------------------------
+
+using Nodes = std::vector<Node>;
+
+Node vstack(Alignment alignment, std::optional<double> spacing, Nodes children);
+Node vstack(Nodes children);
+Node hstack(Alignment alignment, std::optional<double> spacing, Nodes children);
+Node hstack(Nodes children);
+Node zstack(Alignment alignment, Nodes children);
+Node zstack(Nodes children);
+Node scroll(Axis axis, Node content);
+Node scroll(Node content);
+// `columns` equal columns; `spacing` between rows and between columns.
+Node grid(int columns, double spacing, Nodes children);
+
+Node text(std::string string);
+Node image(std::string filePath);
+Node symbol(std::string name);
+Node spacer(double minLength = 0);
+Node divider();
+
+Node button(std::string label, std::function<void()> action);
+Node button(Node label, std::function<void()> action);
+Node toggle(std::string label, bool isOn, std::function<void()> action);
+Node textField(std::string placeholder, std::string value, std::function<void(const std::string&)> onEdit);
+// Items are buttons; a picker marks its chosen item with isOn.
+Node picker(std::string label, Nodes items);
+Node menu(std::string label, Nodes items);
+Node popover(Node anchor, Node content, bool isPresented);
+
+Node rectangle();
+Node roundedRectangle(double cornerRadius);
+Node circle();
+Node capsule();
+
+// --- reading trees ------------------------------------------------------------
+
+// Depth first, parent before children: the first node for which `match` holds.
+const Node* findNode(const Node& root, const std::function<bool(const Node&)>& match);
+// The first node with this text (label, string) and a kind of its own, or
+// nullptr. Useful in tests: findText(tree, "Suggested Shortcuts")->font->size.
+const Node* findText(const Node& root, const std::string& text);
+// The first node that carries a closure and whose label or help text is
+// `labelOrHelp`. A button whose label is content counts when any text inside
+// it matches. Picker/menu items count; popover content only when presented.
+const Node* findActionable(const Node& root, const std::string& labelOrHelp);
+
+// The tree as indented lines: "vstack spacing 10 padding 15/10/0/10", ...
+// Kinds, texts and the numbers that are set.
+std::vector<std::string> describeTree(const Node& root);
+
+}  // namespace velmora::ui
