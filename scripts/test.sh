@@ -1,0 +1,44 @@
+#!/usr/bin/env bash
+# Every test: install what is missing, then build and run
+#   1. all tests (unit, threaded, scenarios, the tour) in the default build,
+#   2. the unit and scenario tests under AddressSanitizer + UndefinedBehaviorSanitizer,
+#   3. the threaded and scenario tests under ThreadSanitizer,
+#   4. the page tests in headless Chromium,
+#   5. the benchmarks, once each, briefly, so they keep building and running.
+set -euo pipefail
+cd "$(dirname "$0")/.."
+scripts/setup.sh --pages
+jobs=$(nproc)
+
+step() { printf '\n==> %s\n' "$*"; }
+
+step "default build"
+cmake --preset default >/dev/null
+cmake --build --preset default -j "$jobs"
+ctest --preset default -j "$jobs"
+
+step "AddressSanitizer + UndefinedBehaviorSanitizer"
+cmake --preset asan >/dev/null
+cmake --build --preset asan -j "$jobs"
+ctest --preset asan -j "$jobs" -L 'unit|scenario'
+
+step "ThreadSanitizer"
+cmake --preset tsan >/dev/null
+cmake --build --preset tsan -j "$jobs"
+ctest --preset tsan -j "$jobs" -L 'threaded|scenario'
+
+if [[ -f tests/pages/package.json ]]; then
+  step "page tests in headless Chromium"
+  (cd tests/pages && npm ci --no-audit --no-fund --silent)
+  mkdir -p build/default/pages
+  VELMORA_HOST="$PWD/build/default/tools/velmora-host/velmora-host" \
+  VELMORA_ARTIFACTS="$PWD/build/default/pages" \
+    node --test tests/pages/
+fi
+
+if [[ -x build/default/bench/velmora_bench ]]; then
+  step "benchmarks (smoke run)"
+  build/default/bench/velmora_bench --benchmark_min_time=0.01 >/dev/null
+fi
+
+step "all tests passed"

@@ -1,0 +1,8 @@
+#!/usr/bin/env bash
+# The main job: install what is missing, build, and run the host simulator's tour.
+set -euo pipefail
+cd "$(dirname "$0")/.."
+scripts/setup.sh
+cmake --preset default >/dev/null
+cmake --build --preset default --target velmora-host
+exec build/default/tools/velmora-host/velmora-host "$@"
