@@ -14,14 +14,6 @@ namespace {
 const char* flag(bool value) { return value ? "true" : "false"; }
 }  // namespace
 
-void activateVelmoraTab() {}
-
-void triggerAssistant(const char* selectedJSON, const char*) {
-    platform::nslog("Assistant: " + std::string(selectedJSON ? selectedJSON : ""));
-}
-
-void triggerMissedAssistant(const char*) {}
-
 void openShortcutsTaskpane() { platform::nslog("Shortcuts: 🟢 Dylib loaded successfully"); }
 void openAssistantTaskpane() { platform::nslog("Assistant: 🟢 Dylib loaded successfully"); }
 void openIconTaskpane() { platform::nslog("Icon: 🟢 Dylib loaded successfully"); }
