@@ -1,0 +1,70 @@
+#include "assistant/HostText.h"
+
+#include <simdjson.h>
+
+#include <cstring>
+
+namespace velmora {
+
+namespace {
+
+bool inRange(unsigned char byte, unsigned char low, unsigned char high) { return byte >= low && byte <= high; }
+
+// The length of the well-formed sequence at `at`, or 0 with `consumed` set
+// to the length of its longest well-formed prefix (at least 1).
+std::size_t sequenceAt(const unsigned char* data, std::size_t size, std::size_t at, std::size_t& consumed) {
+    unsigned char lead = data[at];
+    if (lead < 0x80) return 1;
+    std::size_t length = 0;
+    unsigned char low = 0x80, high = 0xBF;  // bounds of the second byte
+    if (inRange(lead, 0xC2, 0xDF)) {
+        length = 2;
+    } else if (inRange(lead, 0xE0, 0xEF)) {
+        length = 3;
+        if (lead == 0xE0) low = 0xA0;
+        if (lead == 0xED) high = 0x9F;
+    } else if (inRange(lead, 0xF0, 0xF4)) {
+        length = 4;
+        if (lead == 0xF0) low = 0x90;
+        if (lead == 0xF4) high = 0x8F;
+    } else {
+        consumed = 1;
+        return 0;
+    }
+    std::size_t i = 1;
+    for (; i < length; ++i) {
+        if (at + i >= size) break;
+        unsigned char byte = data[at + i];
+        bool ok = i == 1 ? inRange(byte, low, high) : inRange(byte, 0x80, 0xBF);
+        if (!ok) break;
+    }
+    if (i == length) return length;
+    consumed = i;
+    return 0;
+}
+
+}  // namespace
+
+std::string textFromHost(const char* text) {
+    if (!text) return {};
+    std::size_t size = std::strlen(text);
+    if (simdjson::validate_utf8(text, size)) return std::string(text, size);
+    const auto* data = reinterpret_cast<const unsigned char*>(text);
+    std::string out;
+    out.reserve(size + 16);
+    std::size_t at = 0;
+    while (at < size) {
+        std::size_t consumed = 0;
+        std::size_t length = sequenceAt(data, size, at, consumed);
+        if (length) {
+            out.append(text + at, length);
+            at += length;
+        } else {
+            out += "\xEF\xBF\xBD";
+            at += consumed;
+        }
+    }
+    return out;
+}
+
+}  // namespace velmora

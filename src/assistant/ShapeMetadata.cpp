@@ -1,0 +1,222 @@
+#include "assistant/ShapeMetadata.h"
+
+#include <simdjson.h>
+
+#include <array>
+#include <cmath>
+
+#include <fmt/format.h>
+
+#include "support/Text.h"
+
+namespace velmora {
+
+namespace {
+
+using simdjson::dom::element;
+using simdjson::dom::element_type;
+
+enum class Kind { Integer, Text, Double, Boolean };
+
+struct Field {
+    std::string_view key;
+    Kind kind;
+};
+
+// The keys in the order they are checked and printed.
+constexpr std::array<Field, 17> fields = {{
+    {"ID", Kind::Integer},        {"Name", Kind::Text},         {"Top", Kind::Double},
+    {"Left", Kind::Double},       {"Width", Kind::Double},      {"Height", Kind::Double},
+    {"ShpType", Kind::Text},      {"HasFill", Kind::Boolean},   {"FillColor", Kind::Integer},
+    {"HasTextFrame", Kind::Boolean}, {"HasText", Kind::Boolean}, {"AutoSize", Kind::Boolean},
+    {"WordWrap", Kind::Boolean},  {"MarginTop", Kind::Double},  {"MarginLeft", Kind::Double},
+    {"ZOrder", Kind::Integer},    {"HasLineBreaks", Kind::Boolean},
+}};
+
+const char* kindName(Kind kind) {
+    switch (kind) {
+        case Kind::Integer: return "Int";
+        case Kind::Text: return "String";
+        case Kind::Double: return "Double";
+        case Kind::Boolean: return "Bool";
+    }
+    return "";
+}
+
+const char* found(element_type type) {
+    switch (type) {
+        case element_type::ARRAY: return "an array";
+        case element_type::OBJECT: return "an object";
+        case element_type::INT64:
+        case element_type::UINT64:
+        case element_type::DOUBLE: return "a number";
+        case element_type::STRING: return "a string";
+        case element_type::BOOL: return "a boolean";
+        case element_type::NULL_VALUE: return "null";
+    }
+    return "a value";
+}
+
+// Objects usually list their keys in field order, so the slot after the
+// previous hit is tried first.
+int slotOf(std::string_view key, int hint) {
+    if (hint < static_cast<int>(fields.size()) && fields[hint].key == key) return hint;
+    for (int i = 0; i < static_cast<int>(fields.size()); ++i) {
+        if (fields[i].key == key) return i;
+    }
+    return -1;
+}
+
+struct Failure {
+    std::string text;
+};
+
+std::string at(std::size_t field, std::size_t index) {
+    return fmt::format("key \"{}\" at index {}", fields[field].key, index);
+}
+
+std::int64_t readInteger(element value, std::size_t field, std::size_t index) {
+    switch (value.type()) {
+        case element_type::INT64: return value.get_int64().value_unsafe();
+        case element_type::UINT64:
+            throw Failure{fmt::format("dataCorrupted: {} holds {}, which does not fit in Int", at(field, index),
+                                      value.get_uint64().value_unsafe())};
+        case element_type::DOUBLE: {
+            // A whole number written with a fraction or an exponent still fits.
+            double number = value.get_double().value_unsafe();
+            if (std::isfinite(number) && std::trunc(number) == number && number >= -9223372036854775808.0 &&
+                number < 9223372036854775808.0) {
+                return static_cast<std::int64_t>(number);
+            }
+            throw Failure{fmt::format("dataCorrupted: {} holds {}, which does not fit in Int", at(field, index),
+                                      support::swiftDescription(number))};
+        }
+        default: break;
+    }
+    return 0;  // not reached: the type was checked before
+}
+
+double readDouble(element value) {
+    switch (value.type()) {
+        case element_type::INT64: return static_cast<double>(value.get_int64().value_unsafe());
+        case element_type::UINT64: return static_cast<double>(value.get_uint64().value_unsafe());
+        default: return value.get_double().value_unsafe();
+    }
+}
+
+bool accepts(Kind kind, element_type type) {
+    switch (kind) {
+        case Kind::Integer:
+        case Kind::Double:
+            return type == element_type::INT64 || type == element_type::UINT64 || type == element_type::DOUBLE;
+        case Kind::Text: return type == element_type::STRING;
+        case Kind::Boolean: return type == element_type::BOOL;
+    }
+    return false;
+}
+
+ShapeMetadata decodeShape(simdjson::dom::object object, std::size_t index) {
+    std::array<element, fields.size()> slots;
+    std::array<bool, fields.size()> present{};
+    int hint = 0;
+    for (auto member : object) {
+        int slot = slotOf(member.key, hint);
+        if (slot < 0) continue;  // keys beyond the seventeen are ignored
+        slots[slot] = member.value;
+        present[slot] = true;
+        hint = slot + 1;
+    }
+
+    ShapeMetadata shape;
+    for (std::size_t i = 0; i < fields.size(); ++i) {
+        if (!present[i]) throw Failure{fmt::format("keyNotFound: no value for {}", at(i, index))};
+        element value = slots[i];
+        element_type type = value.type();
+        if (type == element_type::NULL_VALUE) {
+            throw Failure{fmt::format("valueNotFound: {} expects {} but found null", at(i, index), kindName(fields[i].kind))};
+        }
+        if (!accepts(fields[i].kind, type)) {
+            throw Failure{fmt::format("typeMismatch: {} expects {} but found {}", at(i, index), kindName(fields[i].kind),
+                                      found(type))};
+        }
+        switch (i) {
+            case 0: shape.ID = readInteger(value, i, index); break;
+            case 1: shape.Name = std::string(value.get_string().value_unsafe()); break;
+            case 2: shape.Top = readDouble(value); break;
+            case 3: shape.Left = readDouble(value); break;
+            case 4: shape.Width = readDouble(value); break;
+            case 5: shape.Height = readDouble(value); break;
+            case 6: shape.ShpType = std::string(value.get_string().value_unsafe()); break;
+            case 7: shape.HasFill = value.get_bool().value_unsafe(); break;
+            case 8: shape.FillColor = readInteger(value, i, index); break;
+            case 9: shape.HasTextFrame = value.get_bool().value_unsafe(); break;
+            case 10: shape.HasText = value.get_bool().value_unsafe(); break;
+            case 11: shape.AutoSize = value.get_bool().value_unsafe(); break;
+            case 12: shape.WordWrap = value.get_bool().value_unsafe(); break;
+            case 13: shape.MarginTop = readDouble(value); break;
+            case 14: shape.MarginLeft = readDouble(value); break;
+            case 15: shape.ZOrder = readInteger(value, i, index); break;
+            case 16: shape.HasLineBreaks = value.get_bool().value_unsafe(); break;
+        }
+    }
+    return shape;
+}
+
+const char* boolText(bool value) { return value ? "true" : "false"; }
+
+}  // namespace
+
+ShapeDecoding decodeShapeList(std::string_view json) {
+    // One parser per thread keeps its buffers between calls.
+    thread_local simdjson::dom::parser parser;
+    ShapeDecoding result;
+    element root;
+    if (auto error = parser.parse(json.data(), json.size()).get(root)) {
+        result.error = fmt::format("dataCorrupted: the given data was not valid JSON ({})", simdjson::error_message(error));
+        return result;
+    }
+    if (root.type() != element_type::ARRAY) {
+        result.error = fmt::format("typeMismatch: expected an array of shapes but found {}", found(root.type()));
+        return result;
+    }
+    try {
+        simdjson::dom::array array = root.get_array().value_unsafe();
+        result.shapes.reserve(array.size());
+        std::size_t index = 0;
+        for (element item : array) {
+            if (item.type() != element_type::OBJECT) {
+                throw Failure{fmt::format("typeMismatch: index {} expects a shape object but found {}", index,
+                                          found(item.type()))};
+            }
+            result.shapes.push_back(decodeShape(item.get_object().value_unsafe(), index));
+            ++index;
+        }
+    } catch (Failure& failure) {
+        result.shapes.clear();
+        result.error = std::move(failure.text);
+        return result;
+    }
+    result.ok = true;
+    return result;
+}
+
+std::string describeShapes(const std::vector<ShapeMetadata>& shapes) {
+    std::string out = "[";
+    for (std::size_t i = 0; i < shapes.size(); ++i) {
+        const auto& s = shapes[i];
+        if (i) out += ", ";
+        using support::swiftDescription;
+        out += fmt::format(
+            "ShapeMetadata(ID: {}, Name: {}, Top: {}, Left: {}, Width: {}, Height: {}, ShpType: {}, HasFill: {}, "
+            "FillColor: {}, HasTextFrame: {}, HasText: {}, AutoSize: {}, WordWrap: {}, MarginTop: {}, "
+            "MarginLeft: {}, ZOrder: {}, HasLineBreaks: {})",
+            s.ID, support::quoted(s.Name), swiftDescription(s.Top), swiftDescription(s.Left),
+            swiftDescription(s.Width), swiftDescription(s.Height), support::quoted(s.ShpType), boolText(s.HasFill),
+            s.FillColor, boolText(s.HasTextFrame), boolText(s.HasText), boolText(s.AutoSize), boolText(s.WordWrap),
+            swiftDescription(s.MarginTop), swiftDescription(s.MarginLeft), s.ZOrder, boolText(s.HasLineBreaks));
+    }
+    out += ']';
+    return out;
+}
+
+}  // namespace velmora
