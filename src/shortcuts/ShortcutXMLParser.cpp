@@ -1,0 +1,233 @@
+#include "shortcuts/ShortcutXMLParser.h"
+
+#include <expat.h>
+#include <uuid/uuid.h>
+
+#include <algorithm>
+#include <climits>
+#include <cstdio>
+
+namespace velmora {
+
+namespace {
+
+// The code point that starts at `at`, and its length; a broken sequence
+// reads as one byte that is no blank.
+char32_t codePointAt(std::string_view text, std::size_t at, std::size_t& length) {
+    auto byte = static_cast<unsigned char>(text[at]);
+    std::size_t need = byte < 0x80 ? 1 : (byte >> 5) == 0x6 ? 2 : (byte >> 4) == 0xE ? 3 : (byte >> 3) == 0x1E ? 4 : 0;
+    if (need == 0 || at + need > text.size()) {
+        length = 1;
+        return 0xFFFD;
+    }
+    char32_t value = need == 1 ? byte : byte & (0x7F >> need);
+    for (std::size_t i = 1; i < need; ++i) {
+        auto next = static_cast<unsigned char>(text[at + i]);
+        if ((next & 0xC0) != 0x80) {
+            length = 1;
+            return 0xFFFD;
+        }
+        value = (value << 6) | (next & 0x3F);
+    }
+    length = need;
+    return value;
+}
+
+// Tab and the Unicode space separators: what the catalogue calls blanks.
+bool isBlank(char32_t c) {
+    return c == 0x09 || c == 0x20 || c == 0xA0 || c == 0x1680 || (c >= 0x2000 && c <= 0x200A) || c == 0x202F ||
+           c == 0x205F || c == 0x3000;
+}
+
+bool isLineEnd(char32_t c) { return (c >= 0x0A && c <= 0x0D) || c == 0x85 || c == 0x2028 || c == 0x2029; }
+
+template <typename Predicate>
+std::string_view trimmed(std::string_view text, Predicate drop) {
+    std::size_t begin = 0;
+    while (begin < text.size()) {
+        std::size_t length = 0;
+        if (!drop(codePointAt(text, begin, length))) break;
+        begin += length;
+    }
+    std::size_t end = text.size();
+    while (end > begin) {
+        std::size_t start = end - 1;
+        while (start > begin && (static_cast<unsigned char>(text[start]) & 0xC0) == 0x80 && end - start < 4) --start;
+        std::size_t length = 0;
+        char32_t c = codePointAt(text, start, length);
+        if (start + length != end || !drop(c)) break;
+        end = start;
+    }
+    return text.substr(begin, end - begin);
+}
+
+// expat's callbacks gather plain text into one chunk until markup or a
+// reference ends it, as the catalogue's chunk rule expects.
+struct Driver {
+    ShortcutXMLParser& delegate;
+    XML_Parser parser = nullptr;
+    std::string pending;
+    bool inCDATA = false;
+
+    void flush() {
+        if (pending.empty()) return;
+        std::string chunk;
+        chunk.swap(pending);
+        delegate.foundCharacters(chunk);
+    }
+
+    bool isReference(const XML_Char* text, int length) const {
+        int count = XML_GetCurrentByteCount(parser);
+        if (count == 0) return true;  // text from an internal entity's replacement
+        int offset = 0, size = 0;
+        if (const char* context = XML_GetInputContext(parser, &offset, &size); context && offset < size) {
+            return context[offset] == '&';
+        }
+        bool lineEnd = length == 1 && text[0] == '\n' && (count == 1 || count == 2);
+        return !lineEnd && count != length;
+    }
+};
+
+void XMLCALL onStart(void* data, const XML_Char* name, const XML_Char**) {
+    auto& driver = *static_cast<Driver*>(data);
+    driver.flush();
+    driver.delegate.didStartElement(name);
+}
+
+void XMLCALL onEnd(void* data, const XML_Char* name) {
+    auto& driver = *static_cast<Driver*>(data);
+    driver.flush();
+    driver.delegate.didEndElement(name);
+}
+
+void XMLCALL onText(void* data, const XML_Char* text, int length) {
+    auto& driver = *static_cast<Driver*>(data);
+    if (driver.inCDATA) return;
+    if (driver.isReference(text, length)) {
+        driver.flush();
+        driver.pending.assign(text, static_cast<std::size_t>(length));
+        driver.flush();
+        return;
+    }
+    driver.pending.append(text, static_cast<std::size_t>(length));
+}
+
+void XMLCALL onMarkup(void* data) { static_cast<Driver*>(data)->flush(); }
+void XMLCALL onComment(void* data, const XML_Char*) { onMarkup(data); }
+void XMLCALL onInstruction(void* data, const XML_Char*, const XML_Char*) { onMarkup(data); }
+void XMLCALL onCDATAStart(void* data) {
+    onMarkup(data);
+    static_cast<Driver*>(data)->inCDATA = true;
+}
+void XMLCALL onCDATAEnd(void* data) { static_cast<Driver*>(data)->inCDATA = false; }
+
+}  // namespace
+
+ShortcutID ShortcutID::random() {
+    ShortcutID id;
+    uuid_t raw;
+    uuid_generate_random(raw);
+    std::copy(std::begin(raw), std::end(raw), id.bytes.begin());
+    return id;
+}
+
+std::string ShortcutID::uuidString() const {
+    char text[37];
+    uuid_t raw;
+    std::copy(bytes.begin(), bytes.end(), std::begin(raw));
+    uuid_unparse_upper(raw, text);
+    return text;
+}
+
+void ShortcutXMLParser::didStartElement(std::string_view elementName) { currentElement = elementName; }
+
+void ShortcutXMLParser::foundCharacters(std::string_view chunk) {
+    if (trimmed(chunk, [](char32_t c) { return isBlank(c) || isLineEnd(c); }).empty()) return;
+    if (currentElement == "name") {
+        currentName += chunk;
+    } else if (currentElement == "category") {
+        currentCategory += chunk;
+    } else if (currentElement == "shortcut") {
+        currentShortcut += chunk;
+    } else if (currentElement == "img") {
+        currentImage += chunk;
+    }
+}
+
+void ShortcutXMLParser::didEndElement(std::string_view elementName) {
+    if (elementName == "object") {
+        std::vector<std::string> keys;
+        for (const auto& part : splitShortcutKeys(currentShortcut)) {
+            keys.emplace_back(trimmed(part, isBlank));
+        }
+        Shortcut shortcut;
+        shortcut.category = currentCategory;
+        shortcut.name = currentName;
+        shortcut.keys = std::move(keys);
+        shortcut.imageName = currentImage;
+        shortcuts.push_back(std::move(shortcut));
+        resetCurrent();
+    }
+    currentElement.clear();
+}
+
+void ShortcutXMLParser::resetCurrent() {
+    currentName.clear();
+    currentCategory.clear();
+    currentShortcut.clear();
+    currentImage.clear();
+}
+
+std::vector<std::string> splitShortcutKeys(std::string_view text) {
+    std::vector<std::string> parts;
+    std::size_t at = 0;
+    for (;;) {
+        auto separator = text.find(", ", at);
+        if (separator == std::string_view::npos) break;
+        parts.emplace_back(text.substr(at, separator - at));
+        at = separator + 2;
+    }
+    parts.emplace_back(text.substr(at));
+    return parts;
+}
+
+bool parseShortcutXML(std::string_view document, ShortcutXMLParser& delegate, std::size_t feedSize) {
+    XML_Parser parser = XML_ParserCreate("UTF-8");
+    if (!parser) return false;
+    Driver driver{delegate, parser, {}, false};
+    XML_SetUserData(parser, &driver);
+    XML_SetElementHandler(parser, onStart, onEnd);
+    XML_SetCharacterDataHandler(parser, onText);
+    XML_SetCommentHandler(parser, onComment);
+    XML_SetProcessingInstructionHandler(parser, onInstruction);
+    XML_SetCdataSectionHandler(parser, onCDATAStart, onCDATAEnd);
+
+    constexpr std::size_t largestPiece = INT_MAX / 2;
+    std::size_t piece = feedSize == 0 ? largestPiece : std::min(feedSize, largestPiece);
+    bool wellFormed = true;
+    std::size_t at = 0;
+    do {
+        std::size_t length = std::min(piece, document.size() - at);
+        bool last = at + length == document.size();
+        if (XML_Parse(parser, document.data() + at, static_cast<int>(length), last) == XML_STATUS_ERROR) {
+            wellFormed = false;
+            break;
+        }
+        at += length;
+    } while (at < document.size());
+    driver.flush();
+    XML_ParserFree(parser);
+    return wellFormed;
+}
+
+ShortcutGroups groupShortcuts(const std::vector<Shortcut>& shortcuts) {
+    ShortcutGroups groups;
+    for (const auto& shortcut : shortcuts) {
+        auto [entry, isNew] = groups.grouped.try_emplace(shortcut.category);
+        if (isNew) groups.categories.push_back(shortcut.category);
+        entry->second.push_back(shortcut);
+    }
+    return groups;
+}
+
+}  // namespace velmora
