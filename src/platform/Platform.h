@@ -22,6 +22,7 @@
 #include "platform/Http.h"
 #include "platform/Inspection.h"
 #include "platform/Log.h"
+#include "platform/PaneHost.h"
 #include "platform/Process.h"
 #include "platform/Script.h"
 #include "platform/Views.h"
@@ -42,6 +43,7 @@ struct Platform {
     std::shared_ptr<WebPort> web;
     std::shared_ptr<ConfigPort> config;
     std::shared_ptr<InspectionPort> inspection;
+    std::shared_ptr<PaneHostPort> panes;
 };
 
 // Supplied by the adapter that the build links in (hosts/linux today).
@@ -77,6 +79,10 @@ inline WebPort& web() { return *get().web; }
 inline ConfigPort& config() { return *get().config; }
 inline void registerInspector(const std::string& name, Inspector inspector) {
     get().inspection->registerInspector(name, std::move(inspector));
+}
+inline void paneCreated(const std::shared_ptr<View>& pane, PaneAccess access) {
+    // Optional: a platform assembled by hand may leave it out.
+    if (auto& panes = get().panes) panes->paneCreated(pane, std::move(access));
 }
 
 }  // namespace velmora::platform

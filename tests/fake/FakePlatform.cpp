@@ -234,6 +234,7 @@ void FakePlatform::install() {
     platform->web = web;
     platform->config = config;
     platform->inspection = inspection;
+    platform->panes = panes;
     platform::install(std::move(platform));
 }
 

@@ -142,6 +142,22 @@ private:
     std::map<std::string, platform::Inspector> inspectors_;
 };
 
+// Keeps what the library hands over for each pane it makes.
+class FakePaneHost : public platform::PaneHostPort {
+public:
+    void paneCreated(const std::shared_ptr<platform::View>& pane, platform::PaneAccess access) override {
+        panes.push_back({pane, std::move(access)});
+    }
+    // The access of the newest pane made for this view, or nullptr.
+    const platform::PaneAccess* accessFor(const std::shared_ptr<platform::View>& pane) const {
+        for (auto it = panes.rbegin(); it != panes.rend(); ++it) {
+            if (it->first.lock() == pane) return &it->second;
+        }
+        return nullptr;
+    }
+    std::vector<std::pair<std::weak_ptr<platform::View>, platform::PaneAccess>> panes;
+};
+
 // Owns one fake of every port and the temporary root below which files live.
 class FakePlatform {
 public:
@@ -165,6 +181,7 @@ public:
     std::shared_ptr<hosts::MemoryWeb> web = std::make_shared<hosts::MemoryWeb>();
     std::shared_ptr<FakeConfig> config = std::make_shared<FakeConfig>();
     std::shared_ptr<FakeInspection> inspection = std::make_shared<FakeInspection>();
+    std::shared_ptr<FakePaneHost> panes = std::make_shared<FakePaneHost>();
 
     const std::string& root() const { return root_; }
 

@@ -116,6 +116,12 @@ public:
     void registerInspector(const std::string&, platform::Inspector) override {}
 };
 
+// For a host that draws and clicks panes itself.
+class IgnoredPaneHost : public platform::PaneHostPort {
+public:
+    void paneCreated(const std::shared_ptr<platform::View>&, platform::PaneAccess) override {}
+};
+
 class StaticConfig : public platform::ConfigPort {
 public:
     StaticConfig(std::string service, std::string cdn) : service_(std::move(service)), cdn_(std::move(cdn)) {}

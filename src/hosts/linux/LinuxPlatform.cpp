@@ -136,6 +136,7 @@ std::shared_ptr<Platform> makeDefaultPlatform() {
     if (!platform->web) platform->web = std::make_shared<hosts::MemoryWeb>();
     if (!platform->config) platform->config = std::make_shared<StaticConfig>(defaultServiceBaseURL, defaultCdnBaseURL);
     if (!platform->inspection) platform->inspection = std::make_shared<IgnoredInspection>();
+    if (!platform->panes) platform->panes = std::make_shared<IgnoredPaneHost>();
     return platform;
 }
 

@@ -1,0 +1,42 @@
+// Pane host port: how a host that draws nothing itself looks at the panes
+// the library docks and acts on them as a user would.
+//
+// Provides: PaneAccess, PaneHostPort.
+// The library hands over one PaneAccess for each pane it makes, together
+// with the pane's view (the view the host finds in its split view). The
+// closures hold the pane weakly: once the pane is dropped they do nothing
+// and give empty results. Main thread only. A host with no use for them
+// (a real toolkit draws and clicks panes itself) ignores the calls.
+#pragma once
+
+#include <functional>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "platform/Views.h"
+
+namespace velmora::platform {
+
+struct PaneAccess {
+    // The pane's frame and content as indented lines: kinds, texts, sizes.
+    std::function<std::vector<std::string>()> describe;
+    // The pane at its current frame as one self-contained HTML fragment
+    // (its own <style>, images inlined), ready to place in a page.
+    std::function<std::string()> html;
+    // Runs the action of the content node labelled or helped so; false when
+    // there is none.
+    std::function<bool(const std::string& labelOrHelp)> tap;
+    // A drag on the resize handle: press, move `dx` points, release.
+    std::function<void(double dx)> dragResizeHandle;
+    // A click on the close button.
+    std::function<void()> pressClose;
+};
+
+class PaneHostPort {
+public:
+    virtual ~PaneHostPort() = default;
+    virtual void paneCreated(const std::shared_ptr<View>& pane, PaneAccess access) = 0;
+};
+
+}  // namespace velmora::platform
