@@ -1,0 +1,72 @@
+// The simulator's assistant commands: the document's selected and other
+// shapes, the macro project's triggerAssistant call, the slide sentinel,
+// missed commands, and the rows the library publishes.
+
+#include "Host.h"
+#include "Scenario.h"
+
+namespace velmora::host {
+
+namespace {
+
+[[maybe_unused]] const bool registered[] = {
+    registerCommand({"select", "select JSON", 1, 1,
+                     [](const Arguments& a) { Host::instance().selectedShapesJSON = a[0]; }}),
+    registerCommand({"others", "others JSON", 1, 1,
+                     [](const Arguments& a) { Host::instance().otherShapesJSON = a[0]; }}),
+    // As the macro project answers CallTriggerAssistant: with the document's
+    // shapes, or with the two texts given.
+    registerCommand({"assistant", "assistant [SELECTED OTHERS]", 0, 2,
+                     [](const Arguments& a) {
+                         auto& host = Host::instance();
+                         if (a.size() == 1) throw ScenarioError("usage: assistant [SELECTED OTHERS]");
+                         const std::string selected = a.empty() ? host.selectedShapesJSON : a[0];
+                         const std::string others = a.empty() ? host.otherShapesJSON : a[1];
+                         host.exports().triggerAssistant(selected.c_str(), others.c_str());
+                     }}),
+    registerCommand({"slide-selected", "slide-selected", 0, 0,
+                     [](const Arguments&) {
+                         auto& host = Host::instance();
+                         const std::string others = host.otherShapesJSON;
+                         host.exports().triggerAssistant("[SlideSelected]", others.c_str());
+                     }}),
+    registerCommand({"missed", "missed COMMAND", 1, 1,
+                     [](const Arguments& a) { Host::instance().exports().triggerMissedAssistant(a[0].c_str()); }}),
+    registerShow({"assistant", "show assistant", 0, 0,
+                  [](const Arguments&) {
+                      auto& host = Host::instance();
+                      auto lines = host.inspect("assistant");
+                      if (!lines) lines = std::vector<std::string>{"suggested: (none)", "missed: (none)"};
+                      for (const auto& line : *lines) host.emit(line);
+                  }}),
+
+    registerTourStep({300, "The assistant recommends shortcuts",
+                      "The macro project sends the selected shapes and the others as JSON. Three boxes\n"
+                      "in a row, unevenly spaced and of different heights, earn align, distribute and\n"
+                      "same-height rows; the rows appear on the main queue.",
+                      "select '[{\"ID\":1,\"Name\":\"Box 1\",\"Top\":10,\"Left\":0,\"Width\":50,\"Height\":40,"
+                      "\"ShpType\":\"1\",\"HasFill\":true,\"FillColor\":255,\"HasTextFrame\":true,\"HasText\":false,"
+                      "\"AutoSize\":false,\"WordWrap\":true,\"MarginTop\":3.6,\"MarginLeft\":7.2,\"ZOrder\":1,"
+                      "\"HasLineBreaks\":false},{\"ID\":2,\"Name\":\"Box 2\",\"Top\":30,\"Left\":80,\"Width\":50,"
+                      "\"Height\":60,\"ShpType\":\"1\",\"HasFill\":true,\"FillColor\":255,\"HasTextFrame\":true,"
+                      "\"HasText\":false,\"AutoSize\":false,\"WordWrap\":true,\"MarginTop\":3.6,\"MarginLeft\":7.2,"
+                      "\"ZOrder\":2,\"HasLineBreaks\":false},{\"ID\":3,\"Name\":\"Box 3\",\"Top\":50,\"Left\":200,"
+                      "\"Width\":50,\"Height\":20,\"ShpType\":\"1\",\"HasFill\":true,\"FillColor\":255,"
+                      "\"HasTextFrame\":true,\"HasText\":false,\"AutoSize\":false,\"WordWrap\":true,\"MarginTop\":3.6,"
+                      "\"MarginLeft\":7.2,\"ZOrder\":3,\"HasLineBreaks\":false}]'\n"
+                      "others '[]'\nassistant\nshow assistant\n"}),
+    registerTourStep({310, "An unchanged selection publishes nothing",
+                      "Only the row names are compared with the last run: the same selection logs that\n"
+                      "the rows remain unchanged, and the pane keeps its rows. The slide itself\n"
+                      "selected gives the send row.",
+                      "assistant\nslide-selected\nshow assistant\n"}),
+    registerTourStep({320, "Missed shortcuts",
+                      "A command run from the menu is remembered with its shortcut, newest first and at\n"
+                      "most three; a repeat of a listed name is not added twice.",
+                      "missed Group\nmissed BringToFrontMenu\nmissed BringToFront\nmissed NewSlide\n"
+                      "missed AlignLeft\nshow assistant\n"}),
+};
+
+}  // namespace
+
+}  // namespace velmora::host
