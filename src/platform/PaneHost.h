@@ -1,7 +1,7 @@
 // Pane host port: how a host that draws nothing itself looks at the panes
 // the library docks and acts on them as a user would.
 //
-// Provides: PaneAccess, PaneHostPort.
+// Provides: PaneAccess, PaneHostPort (pane hand-over, named colours).
 // The library hands over one PaneAccess for each pane it makes, together
 // with the pane's view (the view the host finds in its split view). The
 // closures hold the pane weakly: once the pane is dropped they do nothing
@@ -9,8 +9,10 @@
 // (a real toolkit draws and clicks panes itself) ignores the calls.
 #pragma once
 
+#include <array>
 #include <functional>
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -37,6 +39,12 @@ class PaneHostPort {
 public:
     virtual ~PaneHostPort() = default;
     virtual void paneCreated(const std::shared_ptr<View>& pane, PaneAccess access) = 0;
+    // A colour of the host's own catalogue by name, as sRGB red, green,
+    // blue and opacity (0...1); nothing when the host has none of that name.
+    virtual std::optional<std::array<double, 4>> namedColor(const std::string& name) const {
+        (void)name;
+        return std::nullopt;
+    }
 };
 
 }  // namespace velmora::platform

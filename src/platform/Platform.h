@@ -84,5 +84,9 @@ inline void paneCreated(const std::shared_ptr<View>& pane, PaneAccess access) {
     // Optional: a platform assembled by hand may leave it out.
     if (auto& panes = get().panes) panes->paneCreated(pane, std::move(access));
 }
+inline std::optional<std::array<double, 4>> namedColor(const std::string& name) {
+    auto& panes = get().panes;
+    return panes ? panes->namedColor(name) : std::nullopt;
+}
 
 }  // namespace velmora::platform

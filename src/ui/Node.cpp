@@ -239,7 +239,11 @@ Node grid(int columns, double spacing, Nodes children) {
 }
 
 Node text(std::string string) { return withText(Kind::text, std::move(string)); }
-Node image(std::string filePath) { return withText(Kind::image, std::move(filePath)); }
+Node image(std::string filePath, std::string fallbackSymbol) {
+    Node node = withText(Kind::image, std::move(filePath));
+    node.placeholder = std::move(fallbackSymbol);
+    return node;
+}
 Node symbol(std::string name) { return withText(Kind::symbol, std::move(name)); }
 
 Node spacer(double minLength) {

@@ -139,7 +139,9 @@ struct Node {
     // button/toggle/picker/menu: the label (empty when `children` hold the
     // label content); textField: the current value.
     std::string text;
-    std::string placeholder;  // textField
+    // textField: the placeholder. image: the system symbol drawn when the
+    // file cannot be read (empty: nothing, the frame stays).
+    std::string placeholder;
 
     // Children. Stacks, scroll, grid: the content. button: the label content
     // (when `text` is empty). picker/menu: the items (buttons; a picker marks
@@ -257,7 +259,7 @@ Node scroll(Node content);
 Node grid(int columns, double spacing, Nodes children);
 
 Node text(std::string string);
-Node image(std::string filePath);
+Node image(std::string filePath, std::string fallbackSymbol = {});
 Node symbol(std::string name);
 Node spacer(double minLength = 0);
 Node divider();

@@ -1,0 +1,78 @@
+#include "taskpane/PaneAccess.h"
+
+#include "support/Text.h"
+#include "ui/HostingView.h"
+#include "ui/HtmlRenderer.h"
+
+namespace velmora {
+
+namespace {
+
+std::shared_ptr<ui::HostingView> hostingContent(const TaskpaneView& pane) {
+    return std::dynamic_pointer_cast<ui::HostingView>(pane.contentView());
+}
+
+}  // namespace
+
+std::vector<std::string> describePane(TaskpaneView& pane) {
+    std::string head = "TaskpaneView " + support::quoted(pane.paneTitle) + " " + platform::describe(pane.frame()) +
+                       " minWidth " + support::swiftDescription(pane.minWidth);
+    if (pane.widthConstraint) head += " constraint " + support::swiftDescription(pane.widthConstraint->constant);
+    std::vector<std::string> lines{head};
+    auto content = pane.contentView();
+    if (!content) {
+        lines.push_back("  (no content)");
+    } else if (auto hosting = hostingContent(pane)) {
+        for (const auto& line : ui::describeTree(hosting->tree())) lines.push_back("  " + line);
+    } else {
+        lines.push_back("  " + content->className() + " " + platform::describe(content->frame()));
+    }
+    return lines;
+}
+
+std::string paneHtml(TaskpaneView& pane) {
+    return "<style>" + ui::htmlStyleSheet() + "</style><div class=\"velmora-root\" style=\"display:contents\">" +
+           ui::renderView(pane) + "</div>";
+}
+
+platform::PaneAccess makePaneAccess(const std::shared_ptr<TaskpaneView>& pane) {
+    std::weak_ptr<TaskpaneView> weak = pane;
+    platform::PaneAccess access;
+    access.describe = [weak] {
+        auto p = weak.lock();
+        return p ? describePane(*p) : std::vector<std::string>{};
+    };
+    access.html = [weak] {
+        auto p = weak.lock();
+        return p ? paneHtml(*p) : std::string{};
+    };
+    access.tap = [weak](const std::string& labelOrHelp) {
+        auto p = weak.lock();
+        if (!p) return false;
+        auto hosting = hostingContent(*p);
+        if (!hosting) return false;
+        const ui::Node* node = ui::findActionable(hosting->tree(), labelOrHelp);
+        if (!node) return false;
+        // A copy: the action may rebuild the tree that holds it.
+        auto action = node->action;
+        action();
+        // A tap may change view state; the view is rebuilt from it.
+        hosting->invalidate();
+        return true;
+    };
+    access.dragResizeHandle = [weak](double dx) {
+        auto p = weak.lock();
+        if (!p) return;
+        auto& handle = *p->resizeHandle;
+        const Point start = handle.convertToWindow({TaskpaneView::handleWidth / 2, handle.frame().height / 2});
+        handle.mouseDown(start);
+        handle.mouseDragged({start.x + dx, start.y});
+        handle.mouseUp();
+    };
+    access.pressClose = [weak] {
+        if (auto p = weak.lock()) p->closeButton->performClick();
+    };
+    return access;
+}
+
+}  // namespace velmora

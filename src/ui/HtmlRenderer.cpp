@@ -1,0 +1,546 @@
+#include "ui/HtmlRenderer.h"
+
+#include <algorithm>
+#include <cmath>
+#include <optional>
+#include <map>
+
+#include "platform/Platform.h"
+#include "support/Text.h"
+#include "ui/HostingView.h"
+
+namespace velmora::ui {
+
+namespace {
+
+std::string px(double value) { return support::swiftDescription(value) + "px"; }
+
+std::string num(double value) { return support::swiftDescription(value); }
+
+std::string cssColor(const Color& c) {
+    auto channel = [](double v) { return std::to_string(static_cast<int>(std::lround(std::clamp(v, 0.0, 1.0) * 255))); };
+    return "rgba(" + channel(c.red) + "," + channel(c.green) + "," + channel(c.blue) + "," +
+           support::formatFixed(std::clamp(c.alpha, 0.0, 1.0), 3) + ")";
+}
+
+std::string base64(std::string_view data) {
+    static const char* table = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
+    std::string out;
+    out.reserve((data.size() + 2) / 3 * 4);
+    std::size_t i = 0;
+    for (; i + 2 < data.size(); i += 3) {
+        unsigned v = (static_cast<unsigned char>(data[i]) << 16) | (static_cast<unsigned char>(data[i + 1]) << 8) |
+                     static_cast<unsigned char>(data[i + 2]);
+        out += table[(v >> 18) & 63];
+        out += table[(v >> 12) & 63];
+        out += table[(v >> 6) & 63];
+        out += table[v & 63];
+    }
+    if (i < data.size()) {
+        unsigned v = static_cast<unsigned char>(data[i]) << 16;
+        if (i + 1 < data.size()) v |= static_cast<unsigned char>(data[i + 1]) << 8;
+        out += table[(v >> 18) & 63];
+        out += table[(v >> 12) & 63];
+        out += i + 1 < data.size() ? table[(v >> 6) & 63] : '=';
+        out += '=';
+    }
+    return out;
+}
+
+// The image type by its first bytes, then by the name; nothing for data no
+// browser would draw.
+std::string mimeType(const std::string& path, const std::string& data) {
+    if (data.rfind("\x89PNG", 0) == 0) return "image/png";
+    if (data.rfind("\xFF\xD8\xFF", 0) == 0) return "image/jpeg";
+    if (data.rfind("GIF8", 0) == 0) return "image/gif";
+    if (data.size() > 12 && data.rfind("RIFF", 0) == 0 && data.compare(8, 4, "WEBP") == 0) return "image/webp";
+    const auto head = support::trimWhitespace(std::string_view(data).substr(0, 256));
+    if (head.rfind("<svg", 0) == 0 || (head.rfind("<?xml", 0) == 0 && data.find("<svg") != std::string::npos)) {
+        return "image/svg+xml";
+    }
+    const std::string lower = support::lowercased(path);
+    auto endsWith = [&](std::string_view tail) {
+        return lower.size() >= tail.size() && lower.compare(lower.size() - tail.size(), tail.size(), tail) == 0;
+    };
+    if (endsWith(".svg")) return "image/svg+xml";
+    return {};
+}
+
+// A data URI for the file, or nothing when it cannot be read as an image.
+std::optional<std::string> imageDataURI(const std::string& path) {
+    if (path.empty()) return std::nullopt;
+    auto data = platform::files().read(path);
+    if (!data || data->empty()) return std::nullopt;
+    const std::string mime = mimeType(path, *data);
+    if (mime.empty()) return std::nullopt;
+    return "data:" + mime + ";base64," + base64(*data);
+}
+
+const char* weightNumber(FontWeight weight) {
+    switch (weight) {
+        case FontWeight::ultraLight: return "100";
+        case FontWeight::thin: return "200";
+        case FontWeight::light: return "300";
+        case FontWeight::regular: return "400";
+        case FontWeight::medium: return "500";
+        case FontWeight::semibold: return "600";
+        case FontWeight::bold: return "700";
+        case FontWeight::heavy: return "800";
+        case FontWeight::black: return "900";
+    }
+    return "400";
+}
+
+const char* fontFamily(FontDesign design) {
+    switch (design) {
+        case FontDesign::standard: return "var(--v-font)";
+        case FontDesign::rounded: return "ui-rounded, var(--v-font)";
+        case FontDesign::monospaced: return "ui-monospace, Menlo, 'DejaVu Sans Mono', monospace";
+        case FontDesign::serif: return "ui-serif, Georgia, serif";
+    }
+    return "var(--v-font)";
+}
+
+// Cross-axis placement of a stack's children.
+const char* crossAlign(Kind kind, Alignment alignment) {
+    const bool vertical = kind == Kind::vstack;
+    switch (alignment) {
+        case Alignment::leading:
+        case Alignment::topLeading:
+        case Alignment::bottomLeading:
+            return vertical ? "flex-start" : "center";
+        case Alignment::trailing:
+        case Alignment::topTrailing:
+        case Alignment::bottomTrailing:
+            return vertical ? "flex-end" : "center";
+        case Alignment::top:
+            return vertical ? "center" : "flex-start";
+        case Alignment::bottom:
+            return vertical ? "center" : "flex-end";
+        case Alignment::center:
+            return "center";
+    }
+    return "center";
+}
+
+// Where content sits inside a frame or a layered stack: justify, align.
+std::pair<const char*, const char*> placement(Alignment alignment) {
+    switch (alignment) {
+        case Alignment::center: return {"center", "center"};
+        case Alignment::leading: return {"flex-start", "center"};
+        case Alignment::trailing: return {"flex-end", "center"};
+        case Alignment::top: return {"center", "flex-start"};
+        case Alignment::bottom: return {"center", "flex-end"};
+        case Alignment::topLeading: return {"flex-start", "flex-start"};
+        case Alignment::topTrailing: return {"flex-end", "flex-start"};
+        case Alignment::bottomLeading: return {"flex-start", "flex-end"};
+        case Alignment::bottomTrailing: return {"flex-end", "flex-end"};
+    }
+    return {"center", "center"};
+}
+
+// The same placement in grid terms.
+const char* gridPlace(std::string_view flex) {
+    if (flex == "flex-start") return "start";
+    if (flex == "flex-end") return "end";
+    return "center";
+}
+
+bool isShape(Kind kind) {
+    return kind == Kind::rectangle || kind == Kind::roundedRectangle || kind == Kind::circle || kind == Kind::capsule;
+}
+
+// The direction of the parent's flow, for spacers, dividers and fills.
+enum class Flow { none, column, row };
+
+class Writer {
+public:
+    std::string out;
+
+    void node(const Node& n, Flow flow) {
+        const auto& m = n.mod;
+        const bool framed = m.frame.isSet();
+        std::string outer;  // frame, background, border, clip, shadow, opacity, scale
+        std::string inner;  // content styles and padding
+        contentStyle(n, flow, inner);
+        if (!m.padding.isZero()) {
+            inner += "padding:" + px(m.padding.top) + " " + px(m.padding.trailing) + " " + px(m.padding.bottom) + " " +
+                     px(m.padding.leading) + ";";
+        }
+        std::string& decor = framed ? outer : inner;
+        if (framed) frameStyle(m.frame, flow, outer);
+        if (m.background) decor += "background:" + cssColor(*m.background) + ";";
+        if (m.border) {
+            decor += "outline:" + px(m.border->width) + " solid " + cssColor(m.border->color) + ";outline-offset:-" +
+                     px(m.border->width) + ";";
+        }
+        if (m.cornerRadius > 0) decor += "border-radius:" + px(m.cornerRadius) + ";overflow:hidden;";
+        if (m.shadow) {
+            decor += "filter:drop-shadow(" + px(m.shadow->x) + " " + px(m.shadow->y) + " " + px(m.shadow->radius) +
+                     " " + cssColor(m.shadow->color) + ");";
+        }
+        if (m.opacity != 1) decor += "opacity:" + num(m.opacity) + ";";
+        if (m.scale != 1) decor += "transform:scale(" + num(m.scale) + ");";
+        // Text styles go on the outermost element so the whole node inherits them.
+        std::string& text = framed ? outer : inner;
+        if (m.font) {
+            text += "font-size:" + px(m.font->size) + ";font-weight:" + weightNumber(m.font->weight) +
+                    ";font-family:" + fontFamily(m.font->design) + ";";
+        }
+        if (m.foreground) text += "color:" + cssColor(*m.foreground) + ";";
+
+        if (framed) out += "<div class=\"v-frame\" style=\"" + outer + "\">";
+        element(n, flow, inner, framed);
+        if (framed) out += "</div>";
+    }
+
+private:
+    void contentStyle(const Node& n, Flow flow, std::string& style) {
+        switch (n.kind) {
+            case Kind::vstack:
+            case Kind::hstack:
+                style += std::string("align-items:") + crossAlign(n.kind, n.alignment) + ";gap:" +
+                         px(n.spacing.value_or(8)) + ";";
+                break;
+            case Kind::zstack: {
+                auto [justify, align] = placement(n.alignment);
+                style += std::string("justify-items:") + gridPlace(justify) + ";align-items:" + gridPlace(align) + ";";
+                break;
+            }
+            case Kind::grid:
+                style += "grid-template-columns:repeat(" + std::to_string(n.columns) + ",minmax(0,1fr));gap:" +
+                         px(n.spacing.value_or(8)) + ";";
+                break;
+            case Kind::spacer:
+                if (n.spacing && *n.spacing > 0) {
+                    style += std::string(flow == Flow::row ? "min-width:" : "min-height:") + px(*n.spacing) + ";";
+                }
+                break;
+            default:
+                break;
+        }
+        if (n.mod.lineLimit) {
+            if (*n.mod.lineLimit == 1) {
+                style += "white-space:nowrap;overflow:hidden;text-overflow:ellipsis;";
+            } else {
+                style += "display:-webkit-box;-webkit-box-orient:vertical;overflow:hidden;-webkit-line-clamp:" +
+                         std::to_string(*n.mod.lineLimit) + ";";
+            }
+        }
+        if (isShape(n.kind)) {
+            style += "background:" + (n.mod.foreground ? cssColor(*n.mod.foreground) : std::string("currentColor")) + ";";
+            if (n.kind == Kind::roundedRectangle) style += "border-radius:" + px(n.shapeCornerRadius) + ";";
+            if (n.kind == Kind::circle) style += "border-radius:50%;aspect-ratio:1;";
+            if (n.kind == Kind::capsule) style += "border-radius:9999px;";
+        }
+    }
+
+    void frameStyle(const Frame& f, Flow flow, std::string& style) {
+        auto [justify, align] = placement(f.alignment);
+        style += std::string("justify-content:") + justify + ";align-items:" + align + ";";
+        if (f.width) style += "width:" + px(*f.width) + ";min-width:" + px(*f.width) + ";max-width:" + px(*f.width) + ";";
+        if (f.height) {
+            style += "height:" + px(*f.height) + ";min-height:" + px(*f.height) + ";max-height:" + px(*f.height) + ";";
+        }
+        if (f.minWidth) style += "min-width:" + px(*f.minWidth) + ";";
+        if (f.idealWidth && !f.width) style += "width:" + px(*f.idealWidth) + ";";
+        if (f.minHeight) style += "min-height:" + px(*f.minHeight) + ";";
+        if (f.idealHeight && !f.height) style += "height:" + px(*f.idealHeight) + ";";
+        const bool fillWidth = f.maxWidth && std::isinf(*f.maxWidth);
+        const bool fillHeight = f.maxHeight && std::isinf(*f.maxHeight);
+        if (f.maxWidth && !fillWidth) style += "max-width:" + px(*f.maxWidth) + ";";
+        if (f.maxHeight && !fillHeight) style += "max-height:" + px(*f.maxHeight) + ";";
+        if (fillWidth) style += flow == Flow::row ? "flex:1 1 0;min-width:0;" : "align-self:stretch;width:100%;";
+        if (fillHeight) style += flow == Flow::column ? "flex:1 1 0;min-height:0;" : "align-self:stretch;height:100%;";
+        if (f.width || f.height) style += "flex-shrink:0;";
+    }
+
+    std::string attributes(const Node& n) {
+        std::string a = std::string(" data-kind=\"") + kindName(n.kind) + "\"";
+        if (!n.text.empty() && n.kind != Kind::image) a += " data-label=\"" + escapeHtml(n.text) + "\"";
+        if (!n.mod.help.empty()) {
+            a += " data-help=\"" + escapeHtml(n.mod.help) + "\" title=\"" + escapeHtml(n.mod.help) + "\"";
+        }
+        if (!n.mod.identity.empty()) a += " data-id=\"" + escapeHtml(n.mod.identity) + "\"";
+        if (!n.mod.accessibilityIdentifier.empty()) {
+            a += " data-ax=\"" + escapeHtml(n.mod.accessibilityIdentifier) + "\"";
+        }
+        if (n.action || n.onEdit) a += " data-action=\"1\"";
+        if (n.isOn) a += " data-on=\"1\"";
+        return a;
+    }
+
+    void open(const char* tag, const char* cls, const Node& n, const std::string& style, const std::string& extra = {}) {
+        out += std::string("<") + tag + " class=\"" + cls + "\"" + attributes(n) + extra;
+        if (!style.empty()) out += " style=\"" + style + "\"";
+        out += ">";
+    }
+
+    void children(const Node& n, Flow flow) {
+        for (const auto& child : n.children) node(child, flow);
+    }
+
+    void element(const Node& n, Flow flow, const std::string& style, bool framed) {
+        (void)framed;
+        switch (n.kind) {
+            case Kind::vstack:
+                open("div", "v-vstack", n, style);
+                children(n, Flow::column);
+                out += "</div>";
+                break;
+            case Kind::hstack:
+                open("div", "v-hstack", n, style);
+                children(n, Flow::row);
+                out += "</div>";
+                break;
+            case Kind::zstack:
+                open("div", "v-zstack", n, style);
+                children(n, Flow::none);
+                out += "</div>";
+                break;
+            case Kind::scroll:
+                open("div", n.axis == Axis::horizontal ? "v-scroll v-scroll-h" : "v-scroll", n, style);
+                children(n, n.axis == Axis::horizontal ? Flow::row : Flow::column);
+                out += "</div>";
+                break;
+            case Kind::grid:
+                open("div", "v-grid", n, style);
+                children(n, Flow::none);
+                out += "</div>";
+                break;
+            case Kind::text:
+                open("span", "v-text", n, style);
+                out += escapeHtml(n.text);
+                out += "</span>";
+                break;
+            case Kind::image: {
+                auto uri = imageDataURI(n.text);
+                std::string extra = " data-src=\"" + escapeHtml(n.text) + "\"";
+                if (!uri) extra += " data-missing=\"1\"";
+                open("div", n.resizable ? "v-image v-resizable" : "v-image", n, style, extra);
+                if (uri) {
+                    out += "<img alt=\"\" src=\"" + *uri + "\" style=\"object-fit:" +
+                           (n.aspectFit ? "contain" : "cover") + "\">";
+                } else if (!n.placeholder.empty()) {
+                    out += "<span class=\"v-glyph\" data-symbol=\"" + escapeHtml(n.placeholder) + "\">" +
+                           escapeHtml(symbolGlyph(n.placeholder)) + "</span>";
+                }
+                out += "</div>";
+                break;
+            }
+            case Kind::symbol:
+                open("span", "v-symbol", n, style, " data-symbol=\"" + escapeHtml(n.text) + "\"");
+                out += escapeHtml(symbolGlyph(n.text));
+                out += "</span>";
+                break;
+            case Kind::spacer:
+                open("div", "v-spacer", n, style);
+                out += "</div>";
+                break;
+            case Kind::divider:
+                open("div", flow == Flow::row ? "v-divider v-divider-v" : "v-divider", n, style);
+                out += "</div>";
+                break;
+            case Kind::button:
+                open("button", "v-button", n, style, " type=\"button\"");
+                if (n.text.empty()) {
+                    children(n, Flow::none);
+                } else {
+                    out += escapeHtml(n.text);
+                }
+                out += "</button>";
+                break;
+            case Kind::toggle:
+                open("label", "v-toggle", n, style);
+                out += std::string("<input type=\"checkbox\"") + (n.isOn ? " checked" : "") + "><span>" +
+                       escapeHtml(n.text) + "</span></label>";
+                break;
+            case Kind::textField:
+                open("input", "v-field", n, style,
+                     " type=\"text\" value=\"" + escapeHtml(n.text) + "\" placeholder=\"" + escapeHtml(n.placeholder) +
+                         "\"");
+                break;
+            case Kind::picker:
+                open("label", "v-picker", n, style);
+                if (!n.text.empty()) out += "<span>" + escapeHtml(n.text) + "</span>";
+                out += "<select>";
+                for (const auto& item : n.children) {
+                    out += "<option" + std::string(item.isOn ? " selected" : "") + ">" + escapeHtml(item.text) +
+                           "</option>";
+                }
+                out += "</select></label>";
+                break;
+            case Kind::menu:
+                open("div", "v-menu", n, style);
+                out += "<span class=\"v-menu-label\">" + escapeHtml(n.text) + " \u25BE</span><div class=\"v-menu-items\">";
+                children(n, Flow::column);
+                out += "</div></div>";
+                break;
+            case Kind::popover:
+                open("div", "v-popover", n, style);
+                if (!n.children.empty()) node(n.children[0], Flow::none);
+                if (n.isOn && n.children.size() > 1) {
+                    out += "<div class=\"v-popover-content\">";
+                    node(n.children[1], Flow::none);
+                    out += "</div>";
+                }
+                out += "</div>";
+                break;
+            case Kind::rectangle:
+            case Kind::roundedRectangle:
+            case Kind::circle:
+            case Kind::capsule:
+                open("div", "v-shape", n, style);
+                out += "</div>";
+                break;
+        }
+    }
+};
+
+const char* kStyleSheet = R"CSS(
+.velmora-root, .velmora-root * { box-sizing: border-box; }
+.velmora-root { --v-font: -apple-system, BlinkMacSystemFont, "Helvetica Neue", "Liberation Sans", "DejaVu Sans", sans-serif;
+  font-family: var(--v-font); font-size: 13px; font-weight: 400; color: rgba(0,0,0,0.85); line-height: 1.2; }
+.velmora-root div, .velmora-root span, .velmora-root button, .velmora-root label { margin: 0; }
+.v-vstack { display: flex; flex-direction: column; min-width: 0; }
+.v-hstack { display: flex; flex-direction: row; min-width: 0; }
+.v-zstack { display: grid; }
+.v-zstack > * { grid-area: 1 / 1; }
+.v-grid { display: grid; }
+.v-frame { display: flex; flex-direction: column; flex-shrink: 1; }
+.v-frame > * { flex-shrink: 1; }
+.v-scroll { display: flex; flex-direction: column; overflow: auto; align-self: stretch; flex: 1 1 auto; min-height: 0; height: 100%; }
+.v-scroll > * { flex-shrink: 0; }
+.v-scroll-h { flex-direction: row; }
+.v-text { display: block; white-space: pre-wrap; overflow-wrap: anywhere; }
+.v-symbol, .v-glyph { display: inline-flex; align-items: center; justify-content: center; line-height: 1; }
+.v-image { display: flex; align-items: center; justify-content: center; overflow: hidden; flex-shrink: 0; }
+.v-image img { display: block; max-width: 100%; max-height: 100%; }
+.v-resizable { align-self: stretch; width: 100%; height: 100%; }
+.v-resizable img { width: 100%; height: 100%; }
+.v-spacer { flex: 1 1 0; min-width: 0; min-height: 0; }
+.v-divider { align-self: stretch; height: 1px; min-height: 1px; background: rgba(0,0,0,0.1); }
+.v-divider-v { height: auto; width: 1px; min-width: 1px; }
+.v-button { font: inherit; color: inherit; background: none; border: none; padding: 0; margin: 0; text-align: inherit;
+  cursor: pointer; display: flex; align-items: center; }
+.v-toggle { display: inline-flex; align-items: center; gap: 6px; }
+.v-field { font: inherit; border: 1px solid rgba(0,0,0,0.2); border-radius: 5px; padding: 3px 6px; min-width: 0; }
+.v-picker { display: inline-flex; align-items: center; gap: 6px; }
+.v-menu-items { display: none; }
+.v-popover { position: relative; display: flex; }
+.v-popover-content { position: absolute; top: 100%; left: 0; z-index: 10; background: #fff;
+  border-radius: 8px; box-shadow: 0 4px 16px rgba(0,0,0,0.25); }
+.v-shape { flex: 1 1 0; align-self: stretch; min-width: 0; min-height: 0; }
+.v-view { position: absolute; overflow: hidden; }
+.v-textfield-view { display: flex; align-items: center; white-space: nowrap; overflow: hidden; text-overflow: ellipsis; }
+.v-hosting { display: flex; flex-direction: column; }
+.v-hosting > * { flex: 1 1 auto; min-height: 0; }
+)CSS";
+
+void renderViewInto(const platform::View& view, std::string& out) {
+    const auto frame = view.frame();
+    const auto* styled = dynamic_cast<const HtmlStyled*>(&view);
+    const auto* hosting = dynamic_cast<const HostingView*>(&view);
+    const auto value = view.textFieldValue();
+    std::string cls = "v-view";
+    if (value) cls += " v-textfield-view";
+    if (hosting) cls += " v-hosting";
+    out += "<div class=\"" + cls + "\" data-class=\"" + escapeHtml(view.className()) + "\"";
+    if (value) out += " data-label=\"" + escapeHtml(*value) + "\"";
+    if (styled) out += styled->htmlAttributes();
+    out += " style=\"left:" + px(frame.x) + ";top:" + px(frame.y) + ";width:" + px(frame.width) +
+           ";height:" + px(frame.height) + ";";
+    if (styled) out += styled->htmlStyle();
+    out += "\">";
+    if (value) out += escapeHtml(*value);
+    if (styled) out += styled->htmlContent();
+    if (hosting) {
+        // Rendering reads the tree as last built; a host snapshot does not rebuild it.
+        auto* mutableHosting = const_cast<HostingView*>(hosting);
+        out += renderNode(mutableHosting->tree());
+    }
+    for (const auto& child : view.subviews()) {
+        if (child) renderViewInto(*child, out);
+    }
+    out += "</div>";
+}
+
+}  // namespace
+
+const std::string& htmlStyleSheet() {
+    static const std::string sheet(kStyleSheet);
+    return sheet;
+}
+
+std::string renderNode(const Node& root) {
+    Writer writer;
+    writer.node(root, Flow::column);
+    return std::move(writer.out);
+}
+
+std::string renderPage(const Node& root, double width, double height, const std::string& title) {
+    std::string page = "<!DOCTYPE html>\n<html><head><meta charset=\"utf-8\"><title>" + escapeHtml(title) +
+                       "</title>\n<style>body{margin:0;background:#ececec;}" + htmlStyleSheet() +
+                       "</style></head>\n<body><div class=\"velmora-root v-hosting\" style=\"position:relative;width:" +
+                       px(width) + ";height:" + px(height) + ";background:#fff;\">";
+    page += renderNode(root);
+    page += "</div></body></html>\n";
+    return page;
+}
+
+std::string renderView(const platform::View& view) {
+    std::string out;
+    renderViewInto(view, out);
+    return out;
+}
+
+std::string escapeHtml(std::string_view text) {
+    std::string out;
+    out.reserve(text.size());
+    for (char c : text) {
+        switch (c) {
+            case '&': out += "&amp;"; break;
+            case '<': out += "&lt;"; break;
+            case '>': out += "&gt;"; break;
+            case '"': out += "&quot;"; break;
+            case '\'': out += "&#39;"; break;
+            default: out += c;
+        }
+    }
+    return out;
+}
+
+std::string symbolGlyph(const std::string& name) {
+    static const std::map<std::string, std::string> glyphs = {
+        {"info.circle", "\u24D8"},
+        {"chevron.up", "\u2303"},
+        {"chevron.down", "\u2304"},
+        {"chevron.left", "\u2039"},
+        {"chevron.right", "\u203A"},
+        {"questionmark.square", "\u2370"},
+        {"questionmark", "?"},
+        {"xmark", "\u2715"},
+        {"xmark.circle", "\u24E7"},
+        {"xmark.circle.fill", "\u2716"},
+        {"magnifyingglass", "\u2315"},
+        {"plus", "+"},
+        {"minus", "\u2212"},
+        {"trash", "\u2672"},
+        {"star", "\u2606"},
+        {"star.fill", "\u2605"},
+        {"tag", "\u2302"},
+        {"checkmark", "\u2713"},
+        {"checkmark.circle.fill", "\u2714"},
+        {"arrow.down.circle", "\u2B07"},
+        {"arrow.clockwise", "\u21BB"},
+        {"photo", "\u25A3"},
+        {"folder", "\u25A4"},
+        {"square.grid.2x2", "\u25A6"},
+        {"exclamationmark.triangle", "\u26A0"},
+        {"keyboard", "\u2328"},
+    };
+    auto it = glyphs.find(name);
+    return it != glyphs.end() ? it->second : std::string("\u25A1");
+}
+
+}  // namespace velmora::ui
