@@ -14,8 +14,6 @@ namespace {
 const char* flag(bool value) { return value ? "true" : "false"; }
 }  // namespace
 
-void openShortcutsTaskpane() { platform::nslog("Shortcuts: 🟢 Dylib loaded successfully"); }
-void openAssistantTaskpane() { platform::nslog("Assistant: 🟢 Dylib loaded successfully"); }
 void openIconTaskpane() { platform::nslog("Icon: 🟢 Dylib loaded successfully"); }
 void openImageTaskpane() { platform::nslog("Icon: 🟢 Dylib loaded successfully"); }
 void openColorBarTaskpane() { platform::nslog("ColorBar: 🟢 Dylib loaded successfully"); }

@@ -2,10 +2,12 @@
 
 #include <map>
 
+#include "bridge/Exports.h"
 #include "keyboard/ModifierKeyState.h"
 #include "platform/Platform.h"
 #include "shortcuts/ShortcutReferenceView.h"
 #include "shortcuts/ShortcutXMLParser.h"
+#include "taskpane/TaskpaneManager.h"
 #include "ui/HostingView.h"
 
 namespace velmora {
@@ -72,6 +74,12 @@ void ShortcutContentManager::loadShortcutsView(Completion completion) {
             completion(catalogueView(std::move(parser->shortcuts)));
         });
     });
+}
+
+// Called by the macro project on the main thread.
+void openShortcutsTaskpane() {
+    platform::nslog("Shortcuts: 🟢 Dylib loaded successfully");
+    TaskpaneManager::toggleTaskpane("Velmora Shortcuts", 250, ShortcutContentManager::loadShortcutsView);
 }
 
 }  // namespace velmora
