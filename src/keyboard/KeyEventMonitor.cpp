@@ -46,14 +46,11 @@ const std::vector<CompiledRow>& compiledRows() {
 }
 
 // The enabled state is inspectable from the moment it is first written.
+// Registering again on each write is harmless and follows a replaced platform.
 void registerShortcutStateInspector() {
-    [[maybe_unused]] static const bool registered = [] {
-        platform::registerInspector("shortcuts", [] {
-            return std::vector<std::string>{ShortcutState::isEnabled.load() ? "shortcuts: enabled"
-                                                                            : "shortcuts: disabled"};
-        });
-        return true;
-    }();
+    platform::registerInspector("shortcuts", [] {
+        return std::vector<std::string>{ShortcutState::isEnabled.load() ? "shortcuts: enabled" : "shortcuts: disabled"};
+    });
 }
 
 }  // namespace

@@ -1,0 +1,192 @@
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <string>
+#include <vector>
+
+#include "bridge/Exports.h"
+#include "fake/FakePlatform.h"
+#include "keyboard/KeyEventMonitor.h"
+#include "keyboard/KeyText.h"
+
+namespace velmora {
+namespace {
+
+using platform::Event;
+using platform::EventType;
+using Strings = std::vector<std::string>;
+
+constexpr std::uint64_t shift = 0x20000, control = 0x40000, option = 0x80000, command = 0x100000;
+constexpr std::uint64_t capsLock = 0x10000, numericPad = 0x200000, function = 0x800000;
+
+Event keyDown(std::optional<std::string> characters, std::uint16_t keyCode, std::uint64_t flags) {
+    return {EventType::keyDown, flags, std::move(characters), keyCode};
+}
+
+class KeyboardMonitor : public testing::PlatformTest {
+protected:
+    // Starts the library and installs its monitors, then forgets the start's traces.
+    void start() {
+        initializeEventMonitor();
+        fake.dispatch->runUntilIdle();
+        fake.log->clear();
+        scriptsBefore = fake.script->scripts().size();
+    }
+    // Delivers the event as the host would; true when it was consumed.
+    bool press(const Event& event) { return !fake.events->dispatch(event).has_value(); }
+    Strings macrosSinceStart() {
+        auto all = fake.script->macros();
+        return Strings(all.begin() + static_cast<long>(scriptsBefore), all.end());
+    }
+    std::size_t scriptsBefore = 0;
+};
+
+TEST_F(KeyboardMonitor, StartsInOrderAndInstallsBothMonitorsInOneLaterBlock) {
+    fake.process->set("/usr/sbin/system_profiler", {true, "", "      Hardware UUID: ABC-123\n"});
+    std::size_t monitorsWhenSettingRead = 99;
+    fake.script->onMacro("GetEnableKeyboardShortcuts", [&] { monitorsWhenSettingRead = fake.events->count(); });
+
+    initializeEventMonitor();
+    EXPECT_EQ(fake.log->lines(), (Strings{"VL: initializeEventMonitor function called",
+                                          "Hardware UUID retrieved: ABC-123"}));
+    EXPECT_EQ(fake.process->runs("/usr/sbin/system_profiler"), 2);
+    EXPECT_EQ(monitorsWhenSettingRead, 0u);
+    EXPECT_EQ(fake.events->count(), 0u);
+    fake.dispatch->runUntilIdle();
+    EXPECT_EQ(fake.events->count(), 2u);
+
+    // No guard: a second start adds two more.
+    initializeEventMonitor();
+    fake.dispatch->runUntilIdle();
+    EXPECT_EQ(fake.events->count(), 4u);
+}
+
+TEST_F(KeyboardMonitor, MasksSelectKeyDownAndTheThreeMouseReleasesOnly) {
+    EXPECT_EQ(keyDownMonitorMask.rawValue, 0x400u);
+    EXPECT_EQ(mouseUpMonitorMask.rawValue, 0x4u | 0x10u | 0x4000000u);
+    start();
+    for (auto type : {EventType::leftMouseUp, EventType::rightMouseUp, EventType::otherMouseUp}) {
+        EXPECT_FALSE(press({type, 0, std::nullopt, 0}));
+    }
+    EXPECT_FALSE(press({EventType::leftMouseDown, 0, std::nullopt, 0}));
+    EXPECT_FALSE(press({EventType::keyUp, control, "t", 17}));
+    EXPECT_EQ(fake.log->lines(), Strings(3, "VL: Mouse button released"));
+}
+
+struct Chord {
+    const char* what;
+    std::optional<std::string> characters;
+    std::uint16_t keyCode;
+    std::uint64_t flags;
+    const char* macro;  // nullptr: the event passes
+};
+
+TEST_F(KeyboardMonitor, MatchesOnExactModifiersAndEitherTheCharacterOrThePhysicalKey) {
+    const Chord chords[] = {
+        {"shift arrives as a capital and is lowered", "E", 14, shift | command, "SameHeight"},
+        {"caps lock is masked out", "t", 17, capsLock | control, "ShapeAction"},
+        {"caps lock with a capital is lowered too", "T", 17, capsLock | control, "ShapeAction"},
+        {"device-dependent bits are masked out", "t", 17, control | 0x1 | 0x100, "ShapeAction"},
+        {"option blocks the row", "t", 17, option | control, nullptr},
+        {"a superset does not match", "t", 17, control | shift, nullptr},
+        {"a subset finds its own row, not a wider one", "t", 17, command, "ShowTablesForm"},
+        {"the key code row ignores the printed character", "\xC3\xA8", 26, shift | command, "DisableWordWrap"},
+        {"the US character for that key changes nothing", "&", 26, shift | command, "DisableWordWrap"},
+        {"a character row follows the layout, not the key", "k", 9, control | command, "ShowStickerForm"},
+        {"no characters: key code rows still match", std::nullopt, 18, control, "CopyPosition"},
+        {"no characters and no key code row", std::nullopt, 17, control, nullptr},
+        {"key code 0 is a key, not the absence of one", std::nullopt, 0, control, nullptr},
+        {"arrows carry function and numeric-pad bits", "\xEF\x9C\x81", 125, control | command | function | numericPad,
+         "AlignBottom"},
+        {"Return", "\r", 36, control | command, "ShowSendSlidesForm"},
+        {"the keypad Enter is not Return", "\x03", 76, control | command | numericPad, nullptr},
+        {"two characters never equal one", "tt", 17, control, nullptr},
+    };
+    start();
+    for (const auto& chord : chords) {
+        SCOPED_TRACE(chord.what);
+        const std::size_t before = fake.script->scripts().size();
+        const bool consumed = press(keyDown(chord.characters, chord.keyCode, chord.flags));
+        EXPECT_EQ(consumed, chord.macro != nullptr);
+        // The macro runs later, on the main queue, never inside the handler.
+        EXPECT_EQ(fake.script->scripts().size(), before);
+        fake.dispatch->runUntilIdle();
+        auto all = fake.script->macros();
+        Strings ran(all.begin() + static_cast<long>(before), all.end());
+        EXPECT_EQ(ran, (chord.macro ? Strings{chord.macro, "CallTriggerAssistant"} : Strings{}));
+    }
+}
+
+TEST_F(KeyboardMonitor, LogsEveryKeyWithTheLoweredTextAndTheMaskedModifiers) {
+    start();
+    press(keyDown("T", 17, control | shift | capsLock | 0x100));
+    press(keyDown("t", 17, control));
+    press(keyDown(std::nullopt, 53, 0x100));
+    press(keyDown("\xC3\x89", 14, option | shift));  // É
+    EXPECT_EQ(fake.log->lines(),
+              (Strings{"VL: Detected typedCharacter: t, keyCode: 17, modifiers: ModifierFlags(rawValue: 393216)",
+                       "VL: Detected typedCharacter: t, keyCode: 17, modifiers: ModifierFlags(rawValue: 262144)",
+                       "VL: Matched shortcut for macro: ShapeAction",
+                       "VL: Detected typedCharacter: , keyCode: 53, modifiers: ModifierFlags(rawValue: 0)",
+                       "VL: Detected typedCharacter: \xC3\xA9, keyCode: 14, modifiers: ModifierFlags(rawValue: 655360)"}));
+}
+
+TEST_F(KeyboardMonitor, DisabledPassesEveryKeySilentlyWhileMouseReleasesGoOn) {
+    fake.script->answer("GetEnableKeyboardShortcuts", "False");
+    start();
+    ASSERT_TRUE(fake.inspection->inspect("shortcuts").has_value());
+    EXPECT_EQ(*fake.inspection->inspect("shortcuts"), Strings{"shortcuts: disabled"});
+    EXPECT_FALSE(press(keyDown("t", 17, control)));
+    EXPECT_FALSE(press({EventType::leftMouseUp, 0, std::nullopt, 0}));
+    fake.dispatch->advance(0.3);
+    EXPECT_EQ(fake.log->lines(), (Strings{"VL: Mouse button released", "Assistant: Executing"}));
+    EXPECT_EQ(macrosSinceStart(), Strings{"CallTriggerAssistant"});
+
+    // The setting is followed only when it is read again.
+    fake.script->answer("GetEnableKeyboardShortcuts", "TRUE");
+    EXPECT_FALSE(press(keyDown("t", 17, control)));
+    updateShortcutEnabledState();
+    EXPECT_EQ(*fake.inspection->inspect("shortcuts"), Strings{"shortcuts: enabled"});
+    EXPECT_TRUE(press(keyDown("t", 17, control)));
+}
+
+TEST_F(KeyboardMonitor, AFailingMacroStillRefreshesTheAssistantAndTheKeyStaysTaken) {
+    fake.script->fail("ShapeAction");
+    start();
+    EXPECT_TRUE(press(keyDown("t", 17, control)));
+    fake.dispatch->runUntilIdle();
+    EXPECT_EQ(macrosSinceStart(), (Strings{"ShapeAction", "CallTriggerAssistant"}));
+    const auto lines = fake.log->lines();
+    EXPECT_EQ(std::count_if(lines.begin(), lines.end(),
+                            [](const std::string& line) { return line.rfind("VL: AppleScript Error: ", 0) == 0; }),
+              1);
+}
+
+TEST_F(KeyboardMonitor, EachMouseReleaseRefreshesOnceAFullThreeTenthsLater) {
+    start();
+    press({EventType::leftMouseUp, 0, std::nullopt, 0});
+    fake.dispatch->advance(0.1);
+    press({EventType::rightMouseUp, 0, std::nullopt, 0});
+    fake.dispatch->advance(0.19);
+    EXPECT_TRUE(macrosSinceStart().empty());
+    fake.dispatch->advance(0.01);  // 0.3 after the first
+    EXPECT_EQ(macrosSinceStart(), Strings{"CallTriggerAssistant"});
+    fake.dispatch->advance(0.1);  // 0.3 after the second: no coalescing
+    EXPECT_EQ(macrosSinceStart(), Strings(2, "CallTriggerAssistant"));
+}
+
+TEST(KeyText, LowerCasesLayoutLettersAndLeavesTheRestAlone) {
+    EXPECT_EQ(lowercasedCharacters("AZaz&\r"), "azaz&\r");
+    EXPECT_EQ(lowercasedCharacters("\xC3\x84\xC3\x96\xC3\x9C"), "\xC3\xA4\xC3\xB6\xC3\xBC");  // ÄÖÜ
+    EXPECT_EQ(lowercasedCharacters("\xC3\x97"), "\xC3\x97");                                  // × has no case
+    EXPECT_EQ(lowercasedCharacters("\xC5\x81\xC5\xB9\xC5\xB8"), "\xC5\x82\xC5\xBA\xC3\xBF");  // ŁŹŸ
+    EXPECT_EQ(lowercasedCharacters("\xD0\x96\xCE\xA3"), "\xD0\xB6\xCF\x83");                  // ЖΣ
+    EXPECT_EQ(lowercasedCharacters("\xE2\x84\xAA"), "k");                                     // kelvin sign
+    EXPECT_EQ(lowercasedCharacters("\xC4\xB0"), "i\xCC\x87");                                 // İ
+    EXPECT_EQ(lowercasedCharacters("\xEF\x9C\x81"), "\xEF\x9C\x81");                          // arrow
+    EXPECT_EQ(lowercasedCharacters("A\xFF\xC3"), "a\xFF\xC3");                                // malformed bytes kept
+    EXPECT_EQ(modifierFlagsDescription(ModifierFlags{0x140000}), "ModifierFlags(rawValue: 1310720)");
+}
+
+}  // namespace
+}  // namespace velmora

@@ -1,0 +1,57 @@
+#include <gtest/gtest.h>
+
+#include <set>
+#include <string>
+#include <tuple>
+
+#include "KeyboardReferenceTable.h"
+#include "keyboard/ShortcutMappings.h"
+
+namespace velmora {
+namespace {
+
+namespace ref = testing::reference;
+
+TEST(ShortcutMappings, AgreeRowByRowWithTheDocumentedTableSpellingsIncluded) {
+    const auto& table = shortcutMappings();
+    ASSERT_EQ(table.size(), 47u);
+    ASSERT_EQ(ref::rows().size(), 47u);
+    for (std::size_t i = 0; i < table.size(); ++i) {
+        SCOPED_TRACE("row " + std::to_string(i + 1));
+        const auto& row = table[i];
+        const auto& expected = ref::rows()[i];
+        EXPECT_EQ(row.macroName, expected.macro);
+        EXPECT_EQ(row.shortCutRecord, expected.record);
+        EXPECT_EQ(row.modifiers.rawValue, expected.modifiers);
+        if (expected.keyCode >= 0) {
+            EXPECT_EQ(row.keyCode, std::optional<std::uint16_t>(expected.keyCode));
+        } else {
+            EXPECT_FALSE(row.keyCode.has_value());  // absent, not zero
+        }
+        if (expected.character) {
+            EXPECT_EQ(row.character, std::optional<std::string>(expected.character));
+        } else {
+            EXPECT_FALSE(row.character.has_value());
+        }
+    }
+}
+
+TEST(ShortcutMappings, EachRowNamesOneKeyAndNoTwoRowsShareAChord) {
+    int byKeyCode = 0, byCharacter = 0, renamed = 0;
+    std::set<std::tuple<std::uint64_t, int, std::string>> chords;
+    for (const auto& row : shortcutMappings()) {
+        EXPECT_NE(row.keyCode.has_value(), row.character.has_value()) << row.macroName;
+        byKeyCode += row.keyCode.has_value();
+        byCharacter += row.character.has_value();
+        renamed += row.shortCutRecord != row.macroName;
+        EXPECT_FALSE(row.modifiers.contains(ModifierFlags::option)) << row.macroName;
+        EXPECT_TRUE(chords.emplace(row.modifiers.rawValue, row.keyCode.value_or(-1), row.character.value_or("")).second)
+            << row.macroName;
+    }
+    EXPECT_EQ(byKeyCode, 12);
+    EXPECT_EQ(byCharacter, 35);
+    EXPECT_EQ(renamed, 22);
+}
+
+}  // namespace
+}  // namespace velmora
