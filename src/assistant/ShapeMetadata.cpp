@@ -3,7 +3,9 @@
 #include <simdjson.h>
 
 #include <array>
+#include <charconv>
 #include <cmath>
+#include <iterator>
 
 #include <fmt/format.h>
 
@@ -162,8 +164,6 @@ ShapeMetadata decodeShape(simdjson::dom::object object, std::size_t index) {
     return shape;
 }
 
-const char* boolText(bool value) { return value ? "true" : "false"; }
-
 }  // namespace
 
 ShapeDecoding decodeShapeList(std::string_view json) {
@@ -201,22 +201,48 @@ ShapeDecoding decodeShapeList(std::string_view json) {
 }
 
 std::string describeShapes(const std::vector<ShapeMetadata>& shapes) {
-    std::string out = "[";
+    // Every run logs this line, so it is written straight into one buffer.
+    fmt::memory_buffer out;
+    auto text = [&](std::string_view part) { out.append(part.data(), part.data() + part.size()); };
+    auto number = [&](double value) {
+        char digits[32];
+        auto [end, error] = std::to_chars(digits, digits + sizeof digits, value);
+        std::string_view written(digits, static_cast<std::size_t>(end - digits));
+        if (error != std::errc{} || !std::isfinite(value)) {
+            text(support::swiftDescription(value));
+        } else {
+            text(written);
+            // Swift prints whole doubles with ".0".
+            if (written.find_first_of(".e") == std::string_view::npos) text(".0");
+        }
+    };
+    auto integer = [&](std::int64_t value) { fmt::format_to(std::back_inserter(out), "{}", value); };
+    auto flag = [&](bool value) { text(value ? "true" : "false"); };
+    text("[");
     for (std::size_t i = 0; i < shapes.size(); ++i) {
         const auto& s = shapes[i];
-        if (i) out += ", ";
-        using support::swiftDescription;
-        out += fmt::format(
-            "ShapeMetadata(ID: {}, Name: {}, Top: {}, Left: {}, Width: {}, Height: {}, ShpType: {}, HasFill: {}, "
-            "FillColor: {}, HasTextFrame: {}, HasText: {}, AutoSize: {}, WordWrap: {}, MarginTop: {}, "
-            "MarginLeft: {}, ZOrder: {}, HasLineBreaks: {})",
-            s.ID, support::quoted(s.Name), swiftDescription(s.Top), swiftDescription(s.Left),
-            swiftDescription(s.Width), swiftDescription(s.Height), support::quoted(s.ShpType), boolText(s.HasFill),
-            s.FillColor, boolText(s.HasTextFrame), boolText(s.HasText), boolText(s.AutoSize), boolText(s.WordWrap),
-            swiftDescription(s.MarginTop), swiftDescription(s.MarginLeft), s.ZOrder, boolText(s.HasLineBreaks));
+        if (i) text(", ");
+        text("ShapeMetadata(ID: "), integer(s.ID);
+        text(", Name: "), text(support::quoted(s.Name));
+        text(", Top: "), number(s.Top);
+        text(", Left: "), number(s.Left);
+        text(", Width: "), number(s.Width);
+        text(", Height: "), number(s.Height);
+        text(", ShpType: "), text(support::quoted(s.ShpType));
+        text(", HasFill: "), flag(s.HasFill);
+        text(", FillColor: "), integer(s.FillColor);
+        text(", HasTextFrame: "), flag(s.HasTextFrame);
+        text(", HasText: "), flag(s.HasText);
+        text(", AutoSize: "), flag(s.AutoSize);
+        text(", WordWrap: "), flag(s.WordWrap);
+        text(", MarginTop: "), number(s.MarginTop);
+        text(", MarginLeft: "), number(s.MarginLeft);
+        text(", ZOrder: "), integer(s.ZOrder);
+        text(", HasLineBreaks: "), flag(s.HasLineBreaks);
+        text(")");
     }
-    out += ']';
-    return out;
+    text("]");
+    return fmt::to_string(out);
 }
 
 }  // namespace velmora
