@@ -126,7 +126,8 @@ std::string runSimulator(const std::string& scenario) {
 
 TEST(KeyboardChords, RandomKeysAreTakenAndRunTheirRowExactlyAsTheTableSays) {
     const auto probes = makeProbes(20240611, 600, 300);
-    std::string scenario = "call initializeEventMonitor\n";
+    // The refresh fails, so nothing the assistant does afterwards mixes in.
+    std::string scenario = "fail CallTriggerAssistant\ncall initializeEventMonitor\n";
     for (std::size_t i = 0; i < probes.size(); ++i) {
         scenario += "echo probe " + std::to_string(i) + "\n" + probes[i].command + "\n";
     }
