@@ -5,6 +5,7 @@
 
 #include <fmt/format.h>
 
+#include <charconv>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -45,6 +46,8 @@ const std::vector<CompiledRow>& compiledRows() {
     return rows;
 }
 
+void append(fmt::memory_buffer& out, std::string_view text) { out.append(text.data(), text.data() + text.size()); }
+
 // The enabled state is inspectable from the moment it is first written.
 // Registering again on each write is harmless and follows a replaced platform.
 void registerShortcutStateInspector() {
@@ -83,10 +86,15 @@ std::optional<platform::Event> handleKeyDown(const platform::Event& event) {
     const ModifierFlags eventModifiers = ModifierFlags{event.modifierFlags}.intersection(matchedModifiers);
     const std::uint16_t keyCode = event.keyCode;
 
-    // Formatted on the stack: this line is written for every key press.
+    // Put together on the stack: this line is written for every key press.
     fmt::memory_buffer line;
-    fmt::format_to(std::back_inserter(line), "VL: Detected typedCharacter: {}, keyCode: {}, modifiers: {}",
-                   typedCharacter, keyCode, eventModifiers);
+    append(line, "VL: Detected typedCharacter: ");
+    append(line, typedCharacter);
+    append(line, ", keyCode: ");
+    char digits[8];
+    line.append(digits, std::to_chars(digits, digits + sizeof digits, keyCode).ptr);
+    append(line, ", modifiers: ");
+    appendModifierFlagsDescription(line, eventModifiers);
     platform::nslog(std::string_view(line.data(), line.size()));
 
     for (const auto& compiled : compiledRows()) {

@@ -1,5 +1,6 @@
 #include "keyboard/KeyText.h"
 
+#include <charconv>
 #include <cstdint>
 
 namespace velmora {
@@ -75,6 +76,16 @@ void encode(char32_t c, std::string& out) {
 }  // namespace
 
 std::string lowercasedCharacters(std::string_view text) {
+    // Most keys give one ASCII character: lower it in place.
+    bool ascii = true;
+    for (char c : text) ascii = ascii && static_cast<unsigned char>(c) < 0x80;
+    if (ascii) {
+        std::string out(text);
+        for (char& c : out) {
+            if (c >= 'A' && c <= 'Z') c = static_cast<char>(c + 32);
+        }
+        return out;
+    }
     std::string out;
     out.reserve(text.size());
     for (std::size_t at = 0; at < text.size();) {
@@ -101,6 +112,19 @@ std::string lowercasedCharacters(std::string_view text) {
     return out;
 }
 
-std::string modifierFlagsDescription(ModifierFlags flags) { return fmt::format("{}", flags); }
+void appendModifierFlagsDescription(fmt::memory_buffer& out, ModifierFlags flags) {
+    constexpr std::string_view head = "ModifierFlags(rawValue: ";
+    char digits[24];
+    const auto end = std::to_chars(digits, digits + sizeof digits, flags.rawValue).ptr;
+    out.append(head.data(), head.data() + head.size());
+    out.append(digits, end);
+    out.push_back(')');
+}
+
+std::string modifierFlagsDescription(ModifierFlags flags) {
+    fmt::memory_buffer out;
+    appendModifierFlagsDescription(out, flags);
+    return fmt::to_string(out);
+}
 
 }  // namespace velmora

@@ -1,8 +1,8 @@
 // How the key monitor spells what it saw: the lower-cased key characters and
 // the printed form of a modifier set.
 //
-// Provides: lowercasedCharacters(), modifierFlagsDescription(), and a fmt
-// formatter for ModifierFlags that prints the same text.
+// Provides: lowercasedCharacters(), appendModifierFlagsDescription(),
+// modifierFlagsDescription().
 // Thread: any; pure functions.
 #pragma once
 
@@ -23,14 +23,8 @@ namespace velmora {
 std::string lowercasedCharacters(std::string_view text);
 
 // The option set as the platform prints it: "ModifierFlags(rawValue: 1310720)".
+// The one place that spells it; the append form writes into a stack buffer.
+void appendModifierFlagsDescription(fmt::memory_buffer& out, ModifierFlags flags);
 std::string modifierFlagsDescription(ModifierFlags flags);
 
 }  // namespace velmora
-
-template <>
-struct fmt::formatter<velmora::ModifierFlags> : fmt::formatter<std::string_view> {
-    template <typename FormatContext>
-    auto format(const velmora::ModifierFlags& flags, FormatContext& context) const {
-        return fmt::format_to(context.out(), "ModifierFlags(rawValue: {})", flags.rawValue);
-    }
-};
