@@ -369,9 +369,8 @@ std::string edgesText(const Edges& e) {
 }
 
 std::string colorText(const Color& c) {
-    std::string text = "rgba(" + number(std::round(c.red * 255)) + "," + number(std::round(c.green * 255)) + "," +
-                       number(std::round(c.blue * 255)) + "," + number(c.alpha) + ")";
-    return text;
+    auto channel = [](double v) { return std::to_string(static_cast<int>(std::lround(v * 255))); };
+    return "rgba(" + channel(c.red) + "," + channel(c.green) + "," + channel(c.blue) + "," + number(c.alpha) + ")";
 }
 
 const char* weightName(FontWeight weight) {
@@ -480,7 +479,7 @@ void describeInto(const Node& node, int depth, std::vector<std::string>& lines) 
     if (m.opacity != 1) line += " opacity " + number(m.opacity);
     if (m.scale != 1) line += " scale " + number(m.scale);
     if (!m.help.empty()) line += " help " + support::quoted(m.help);
-    if (!m.identity.empty()) line += " id " + support::quoted(m.identity);
+    // Identities are left out: rows carry fresh UUIDs, and the lines must stay comparable.
     if (!m.accessibilityIdentifier.empty()) line += " ax " + support::quoted(m.accessibilityIdentifier);
     if (node.action) line += " [action]";
     lines.push_back(std::move(line));

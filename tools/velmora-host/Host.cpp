@@ -4,6 +4,7 @@
 #include <stdlib.h>
 
 #include <cstdio>
+#include <algorithm>
 #include <filesystem>
 #include <iostream>
 
@@ -51,6 +52,48 @@ public:
     void registerInspector(const std::string& name, platform::Inspector inspector) override {
         auto& host = Host::instance();
         host.withMacros([&] { host.inspectors_[name] = std::move(inspector); });
+    }
+};
+
+class HostPanes : public platform::PaneHostPort {
+public:
+    void paneCreated(const std::shared_ptr<platform::View>& pane, platform::PaneAccess access) override {
+        auto& panes = Host::instance().panes_;
+        std::erase_if(panes, [](const auto& entry) { return entry.first.expired(); });
+        panes.emplace_back(pane, std::move(access));
+    }
+    std::optional<std::array<double, 4>> namedColor(const std::string& name) const override {
+        const auto& colors = Host::instance().namedColors;
+        auto it = colors.find(name);
+        if (it == colors.end()) return std::nullopt;
+        return it->second;
+    }
+};
+
+// The task pane split view. Its layout places the subviews left to right at
+// full height, each keeping its width, with the slide editor (the first)
+// taking what the panes leave. A docked pane's width comes from its width
+// constraint, which the library solves itself (the shared views port has
+// no constraint solver); the host only places the pane.
+class SimulatedSplitView : public hosts::MemoryView {
+public:
+    using MemoryView::MemoryView;
+    void layout() override {
+        const auto bounds = frame();
+        const auto children = subviews();
+        double panes = 0;
+        for (std::size_t i = 1; i < children.size(); ++i) panes += children[i]->frame().width;
+        double x = 0;
+        for (std::size_t i = 0; i < children.size(); ++i) {
+            auto f = children[i]->frame();
+            if (i == 0) f.width = std::max(0.0, bounds.width - panes);
+            f.x = x;
+            f.y = 0;
+            f.height = bounds.height;
+            children[i]->setFrame(f);
+            x += f.width;
+        }
+        MemoryView::layout();
     }
 };
 
@@ -143,6 +186,7 @@ Host::Host()
     ports->accessibility = accessibility_;
     ports->web = web_;
     ports->inspection = std::make_shared<HostInspection>();
+    ports->panes = std::make_shared<HostPanes>();
     connection_.ports = ports;
     connection_.logToStderr = false;
     connection_.homeDirectory = "/Users/velmora";
@@ -166,7 +210,7 @@ void Host::buildWindow() {
     // The document window as the host builds it: the task pane split view
     // holds the slide editor, and panes are added beside it.
     auto content = std::make_shared<hosts::MemoryView>("NSView", platform::Rect{0, 0, 1280, 800});
-    auto split = std::make_shared<hosts::MemoryView>("CUITaskPaneSplitView", platform::Rect{0, 0, 1280, 760});
+    auto split = std::make_shared<SimulatedSplitView>("CUITaskPaneSplitView", platform::Rect{0, 0, 1280, 760});
     split->addSubview(std::make_shared<hosts::MemoryView>("CUISlideEditorView", platform::Rect{0, 0, 1280, 760}));
     content->addSubview(std::make_shared<hosts::MemoryView>("CUIRibbonView", platform::Rect{0, 760, 1280, 40}));
     content->addSubview(split);
@@ -174,6 +218,17 @@ void Host::buildWindow() {
     documentWindow_ = std::make_shared<hosts::MemoryWindow>("CUIDocumentShellWindow", content);
     views_->addWindow(documentWindow_);
     views_->setKeyWindow(documentWindow_);
+    // The host's own colours for the pane frame.
+    namedColors["CUIWindowBackgroundColor"] = {0.925, 0.925, 0.93, 1};
+    namedColors["CUIGroupTitleBackgroundColor"] = {0.86, 0.86, 0.87, 1};
+    namedColors["CUIWindowTitleColor"] = {0.16, 0.16, 0.18, 1};
+}
+
+const platform::PaneAccess* Host::paneAccess(const std::shared_ptr<platform::View>& pane) const {
+    for (auto it = panes_.rbegin(); it != panes_.rend(); ++it) {
+        if (it->first.lock() == pane) return &it->second;
+    }
+    return nullptr;
 }
 
 std::optional<std::string> Host::load(const std::string& libraryPath) {

@@ -10,6 +10,7 @@
 // accessibility tree, web views, event monitors and a sandbox for files.
 #pragma once
 
+#include <array>
 #include <functional>
 #include <map>
 #include <memory>
@@ -118,6 +119,12 @@ public:
     std::shared_ptr<platform::View> splitView() const { return splitView_; }
     const std::string& sandboxRoot() const { return connection_.fileRoot; }
 
+    // What the library handed over for a pane it docked (see
+    // platform/PaneHost.h), or nullptr for a view it did not make.
+    const platform::PaneAccess* paneAccess(const std::shared_ptr<platform::View>& pane) const;
+    // The host's catalogue of named colours, as sRGB and opacity.
+    std::map<std::string, std::array<double, 4>> namedColors;
+
     // The library's text rendering of one part of its state, when that part
     // has been made; nothing before its first use.
     std::optional<std::vector<std::string>> inspect(const std::string& name);
@@ -145,6 +152,8 @@ private:
     std::map<std::string, MacroHandler> macroHandlers_;
     std::map<std::string, platform::Inspector> inspectors_;
     friend class HostInspection;
+    friend class HostPanes;
+    std::vector<std::pair<std::weak_ptr<platform::View>, platform::PaneAccess>> panes_;
     std::vector<std::pair<std::string, int>> macroCounts_;
     std::optional<std::string> hardwareReport_;
 

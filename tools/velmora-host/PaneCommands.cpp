@@ -1,0 +1,279 @@
+// Docked panes in the simulator: which window is key, opening panes through
+// their entry points, and acting on them as a user would (close, drag the
+// handle, resize, modifier keys, taps), with a text view of each pane and
+// an HTML snapshot of the window.
+//
+// Commands: `keywindow document|tool|none`, `open NAME`, `close TITLE`,
+// `drag TITLE DX`, `width TITLE W`, `flags MODS`, `tap TITLE LABEL`,
+// `snapshot FILE`; shows: `show panes`, `show pane TITLE`.
+// Panes are found as the library finds them, by a text field holding the
+// title inside a direct subview of the split view; what the host can do
+// with one comes from the access the library handed over when it made it.
+
+#include <fmt/format.h>
+
+#include <fstream>
+#include <map>
+
+#include "Host.h"
+#include "Scenario.h"
+#include "support/Text.h"
+
+namespace velmora::host {
+
+namespace {
+
+using platform::View;
+
+std::optional<std::string> firstTextField(const std::shared_ptr<View>& root) {
+    if (!root) return std::nullopt;
+    if (auto value = root->textFieldValue()) return value;
+    for (const auto& child : root->subviews()) {
+        if (auto hit = firstTextField(child)) return hit;
+    }
+    return std::nullopt;
+}
+
+bool holdsText(const std::shared_ptr<View>& root, const std::string& text) {
+    if (!root) return false;
+    if (root->textFieldValue() == text) return true;
+    for (const auto& child : root->subviews()) {
+        if (holdsText(child, text)) return true;
+    }
+    return false;
+}
+
+// The library's panes in split-view order.
+std::vector<std::shared_ptr<View>> dockedPanes() {
+    auto& host = Host::instance();
+    std::vector<std::shared_ptr<View>> panes;
+    for (const auto& view : host.splitView()->subviews()) {
+        if (host.paneAccess(view)) panes.push_back(view);
+    }
+    return panes;
+}
+
+std::pair<std::shared_ptr<View>, const platform::PaneAccess*> paneTitled(const std::string& title) {
+    for (const auto& view : dockedPanes()) {
+        if (holdsText(view, title)) return {view, Host::instance().paneAccess(view)};
+    }
+    throw ScenarioError("no open pane titled '" + title + "'");
+}
+
+void layOutSplitView() {
+    auto split = Host::instance().splitView();
+    split->setNeedsLayout();
+    split->layout();
+}
+
+std::shared_ptr<hosts::MemoryWindow> toolWindow() {
+    static std::shared_ptr<hosts::MemoryWindow> window = [] {
+        auto made = std::make_shared<hosts::MemoryWindow>(
+            "NSPanel", std::make_shared<hosts::MemoryView>("NSView", platform::Rect{0, 0, 320, 240}));
+        Host::instance().views().addWindow(made);
+        return made;
+    }();
+    return window;
+}
+
+std::uint64_t parseModifiers(const std::string& text) {
+    static const std::map<std::string, std::uint64_t> bits = {
+        {"caps", 0x10000}, {"shift", 0x20000}, {"ctrl", 0x40000},    {"opt", 0x80000},
+        {"cmd", 0x100000}, {"num", 0x200000},  {"fn", 0x800000},
+    };
+    if (text == "none") return 0;
+    std::uint64_t flags = 0;
+    std::size_t at = 0;
+    while (at <= text.size()) {
+        auto plus = text.find('+', at);
+        const std::string word = text.substr(at, plus == std::string::npos ? std::string::npos : plus - at);
+        auto bit = bits.find(word);
+        if (bit == bits.end()) throw ScenarioError("unknown modifier '" + word + "' (caps shift ctrl opt cmd num fn, or none)");
+        flags |= bit->second;
+        if (plus == std::string::npos) break;
+        at = plus + 1;
+    }
+    return flags;
+}
+
+std::string escape(const std::string& text) {
+    std::string out;
+    for (char c : text) {
+        switch (c) {
+            case '&': out += "&amp;"; break;
+            case '<': out += "&lt;"; break;
+            case '>': out += "&gt;"; break;
+            case '"': out += "&quot;"; break;
+            default: out += c;
+        }
+    }
+    return out;
+}
+
+std::string px(double value) { return support::swiftDescription(value) + "px"; }
+
+// The document window with its open panes as one page: the ribbon on top,
+// the split view below with the slide editor and every subview at its frame.
+std::string snapshotPage() {
+    auto& host = Host::instance();
+    auto split = host.splitView();
+    const auto bounds = split->frame();
+    std::string page =
+        "<!DOCTYPE html>\n<html><head><meta charset=\"utf-8\"><title>Velmora host snapshot</title>\n<style>\n"
+        "body{margin:0;background:#b9bcc2;font-family:-apple-system,'Helvetica Neue','Liberation Sans','DejaVu Sans',sans-serif;}\n"
+        ".host-window{position:relative;margin:16px;width:" + px(bounds.width) + ";background:#fff;"
+        "box-shadow:0 8px 30px rgba(0,0,0,.35);border-radius:10px;overflow:hidden;}\n"
+        ".host-ribbon{height:40px;display:flex;align-items:center;gap:18px;padding:0 16px;background:#b7472a;color:#fff;font-size:13px;}\n"
+        ".host-ribbon .tab-on{font-weight:600;border-bottom:2px solid #fff;}\n"
+        ".host-split{position:relative;height:" + px(bounds.height) + ";overflow:hidden;}\n"
+        ".host-view{position:absolute;}\n"
+        ".host-editor{background:#e6e6e6;display:flex;align-items:center;justify-content:center;}\n"
+        ".host-slide{width:80%;aspect-ratio:16/9;background:#fff;box-shadow:0 1px 4px rgba(0,0,0,.3);}\n"
+        "</style></head>\n<body>\n<div class=\"host-window\" data-class=\"CUIDocumentShellWindow\">\n"
+        "<div class=\"host-ribbon\"><span>Home</span><span>Insert</span><span>Design</span><span>Slide Show</span>"
+        "<span class=\"tab-on\">Velmora</span></div>\n"
+        "<div class=\"host-split\" data-class=\"CUITaskPaneSplitView\">\n";
+    for (const auto& view : split->subviews()) {
+        const auto f = view->frame();
+        if (const auto* access = host.paneAccess(view)) {
+            page += access->html() + "\n";
+            continue;
+        }
+        const bool editor = view->className() == "CUISlideEditorView";
+        page += "<div class=\"host-view" + std::string(editor ? " host-editor" : "") + "\" data-class=\"" +
+                escape(view->className()) + "\" style=\"left:" + px(f.x) + ";top:" + px(f.y) + ";width:" +
+                px(f.width) + ";height:" + px(f.height) + "\">";
+        if (editor) page += "<div class=\"host-slide\"></div>";
+        if (auto text = firstTextField(view)) page += "<span data-label=\"" + escape(*text) + "\">" + escape(*text) + "</span>";
+        page += "</div>\n";
+    }
+    page += "</div>\n</div>\n</body></html>\n";
+    return page;
+}
+
+void callOpen(const std::string& name) {
+    const auto& e = Host::instance().exports();
+    static const std::map<std::string, void (*Exports::*)()> opens = {
+        {"assistant", &Exports::openAssistantTaskpane},     {"shortcuts", &Exports::openShortcutsTaskpane},
+        {"icons", &Exports::openIconTaskpane},              {"images", &Exports::openImageTaskpane},
+        {"color", &Exports::openColorBarTaskpane},          {"slidelibrary", &Exports::openSlideLibraryTaskpane},
+        {"templates", &Exports::openTemplateLibraryTaskpane},
+    };
+    auto it = opens.find(name);
+    if (it == opens.end()) {
+        throw ScenarioError("no pane named '" + name + "' (assistant shortcuts icons images color slidelibrary templates)");
+    }
+    (e.*(it->second))();
+}
+
+[[maybe_unused]] const bool registered[] = {
+    registerCommand({"keywindow", "keywindow document|tool|none", 1, 1,
+                     [](const Arguments& a) {
+                         auto& host = Host::instance();
+                         if (a[0] == "document") {
+                             host.views().setKeyWindow(host.documentWindow());
+                         } else if (a[0] == "tool") {
+                             host.views().setKeyWindow(toolWindow());
+                         } else if (a[0] == "none") {
+                             host.views().setKeyWindow(nullptr);
+                         } else {
+                             throw ScenarioError("keywindow takes document, tool or none");
+                         }
+                     }}),
+    registerCommand({"open", "open assistant|shortcuts|icons|images|color|slidelibrary|templates", 1, 1,
+                     [](const Arguments& a) { callOpen(a[0]); }}),
+    registerCommand({"close", "close TITLE", 1, 1,
+                     [](const Arguments& a) {
+                         paneTitled(a[0]).second->pressClose();
+                         layOutSplitView();
+                     }}),
+    registerCommand({"drag", "drag TITLE DX", 2, 2,
+                     [](const Arguments& a) {
+                         const double dx = numberArgument(a[1]);
+                         paneTitled(a[0]).second->dragResizeHandle(dx);
+                         layOutSplitView();
+                     }}),
+    registerCommand({"width", "width TITLE W", 2, 2,
+                     [](const Arguments& a) {
+                         const double width = numberArgument(a[1]);
+                         if (width < 0) throw ScenarioError("width takes zero or more points");
+                         // The host lays the pane out at that width; the
+                         // pane's own width constraint stays as it was.
+                         auto pane = paneTitled(a[0]).first;
+                         auto f = pane->frame();
+                         f.width = width;
+                         pane->setFrame(f);
+                         layOutSplitView();
+                     }}),
+    registerCommand({"flags", "flags MODS (ctrl+cmd, shift, none, ...)", 1, 1,
+                     [](const Arguments& a) {
+                         platform::Event event;
+                         event.type = platform::EventType::flagsChanged;
+                         event.modifierFlags = parseModifiers(a[0]);
+                         Host::instance().monitors().dispatch(event);
+                     }}),
+    registerCommand({"tap", "tap TITLE LABEL", 2, 2,
+                     [](const Arguments& a) {
+                         if (!paneTitled(a[0]).second->tap(a[1])) {
+                             Host::instance().emit("tap: nothing labelled " + support::quoted(a[1]) + " in " +
+                                                   support::quoted(a[0]));
+                         }
+                     }}),
+    registerCommand({"snapshot", "snapshot FILE", 1, 1,
+                     [](const Arguments& a) {
+                         auto& host = Host::instance();
+                         host.settle();
+                         layOutSplitView();
+                         std::ofstream out(a[0], std::ios::binary);
+                         if (!out) throw ScenarioError("cannot write '" + a[0] + "'");
+                         out << snapshotPage();
+                         if (!out.flush()) throw ScenarioError("cannot write '" + a[0] + "'");
+                         host.emit("snapshot: " + a[0]);
+                     }}),
+    registerShow({"panes", "show panes", 0, 0,
+                  [](const Arguments&) {
+                      auto panes = dockedPanes();
+                      if (panes.empty()) Host::instance().emit("panes: (none)");
+                      for (const auto& view : panes) {
+                          Host::instance().emit("panes: " + firstTextField(view).value_or("?") + " " +
+                                                support::swiftDescription(view->frame().width));
+                      }
+                  }}),
+    registerShow({"pane", "show pane TITLE", 1, 1,
+                  [](const Arguments& a) {
+                      for (const auto& line : paneTitled(a[0]).second->describe()) Host::instance().emit("pane: " + line);
+                  }}),
+
+    registerTourStep({450, "Docking panes beside the slide",
+                      "Each open... entry point toggles a pane by its title in the window's task pane\n"
+                      "split view: the first call docks a framed pane and runs its content loader, a\n"
+                      "second call removes it. Panes of different titles stand side by side.",
+                      "open assistant\nopen shortcuts\nshow panes\nopen shortcuts\nshow panes\nopen shortcuts\n"
+                      "keywindow tool\nopen icons\nkeywindow document\nshow panes\n"}),
+    registerTourStep({460, "The frame: drag handle and close button",
+                      "Dragging the handle on a pane's left edge changes its width by half the distance\n"
+                      "and never below its opening width; the close button removes the pane.",
+                      "drag 'Velmora Shortcuts' -100\ndrag 'Velmora Shortcuts' 400\nshow panes\n"
+                      "drag 'Velmora Shortcuts' -100\nshow panes\n"}),
+    registerTourStep({470, "Rows glow when they appear",
+                      "New assistant rows come in with a glow that is full 0.2 s later and gone 0.5 s\n"
+                      "after that, driven by main-queue timers.",
+                      "select '[{\"ID\":1,\"Name\":\"Box 1\",\"Top\":10,\"Left\":0,\"Width\":50,\"Height\":40,"
+                      "\"ShpType\":\"1\",\"HasFill\":true,\"FillColor\":255,\"HasTextFrame\":true,\"HasText\":false,"
+                      "\"AutoSize\":false,\"WordWrap\":true,\"MarginTop\":3.6,\"MarginLeft\":7.2,\"ZOrder\":1,"
+                      "\"HasLineBreaks\":false},{\"ID\":2,\"Name\":\"Box 2\",\"Top\":30,\"Left\":80,\"Width\":50,"
+                      "\"Height\":60,\"ShpType\":\"1\",\"HasFill\":true,\"FillColor\":255,\"HasTextFrame\":true,"
+                      "\"HasText\":false,\"AutoSize\":false,\"WordWrap\":true,\"MarginTop\":3.6,\"MarginLeft\":7.2,"
+                      "\"ZOrder\":2,\"HasLineBreaks\":false}]'\n"
+                      "others '[]'\nassistant\nwait 0.2\nshow pane 'Velmora Assistant'\nwait 0.5\n"
+                      "show pane 'Velmora Assistant'\n"}),
+    registerTourStep({480, "Held modifiers light reference rows; a snapshot to open in a browser",
+                      "Holding control and command lights the reference rows whose modifiers are exactly\n"
+                      "those. The snapshot is the window with its panes as one HTML page: open it in a\n"
+                      "browser to see the layout.",
+                      "flags ctrl+cmd\nsnapshot velmora-snapshot.html\nflags none\n"}),
+};
+
+}  // namespace
+
+}  // namespace velmora::host
