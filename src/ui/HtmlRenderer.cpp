@@ -153,6 +153,47 @@ bool isShape(Kind kind) {
 // The direction of the parent's flow, for spacers, dividers and fills.
 enum class Flow { none, column, row };
 
+// Whether a node takes all the width offered, as a spacer in a row makes its
+// row do, and as that row makes every stack around it do.
+bool fillsWidth(const Node& n, Flow flow) {
+    const Frame& f = n.mod.frame;
+    if (f.width) return false;
+    if (f.maxWidth) return std::isinf(*f.maxWidth);
+    switch (n.kind) {
+        case Kind::spacer: return flow == Flow::row;
+        case Kind::divider: return flow != Flow::row;
+        case Kind::textField:
+        case Kind::rectangle:
+        case Kind::roundedRectangle:
+        case Kind::capsule:
+            return true;
+        case Kind::scroll: return true;
+        case Kind::text:
+        case Kind::image:
+        case Kind::symbol:
+        case Kind::toggle:
+        case Kind::picker:
+        case Kind::menu:
+        case Kind::circle:
+            return false;
+        default: break;
+    }
+    const Flow inner = n.kind == Kind::hstack || n.kind == Kind::button ? Flow::row : Flow::column;
+    for (const auto& child : n.children) {
+        if (fillsWidth(child, inner)) return true;
+        if (n.kind == Kind::popover) break;
+    }
+    return false;
+}
+
+void fillStyle(Flow flow, std::string& style) {
+    if (flow == Flow::row) {
+        style += "flex:1 1 auto;min-width:0;";
+    } else {
+        style += "align-self:stretch;";
+    }
+}
+
 class Writer {
 public:
     std::string out;
@@ -169,6 +210,18 @@ public:
         }
         std::string& decor = framed ? outer : inner;
         if (framed) frameStyle(m.frame, flow, outer);
+        // Spacers and fills stretch their stacks, as in a declarative toolkit.
+        if (n.kind != Kind::spacer) {
+            Node content = n;
+            content.mod.frame = Frame{};
+            const bool contentFills = fillsWidth(content, flow);
+            if (framed) {
+                if (contentFills) fillStyle(Flow::column, inner);
+                if (contentFills && !m.frame.width && !m.frame.maxWidth) fillStyle(flow, outer);
+            } else if (contentFills) {
+                fillStyle(flow, inner);
+            }
+        }
         if (m.background) decor += "background:" + cssColor(*m.background) + ";";
         if (m.border) {
             decor += "outline:" + px(m.border->width) + " solid " + cssColor(m.border->color) + ";outline-offset:-" +
@@ -255,6 +308,23 @@ private:
         if (f.width || f.height) style += "flex-shrink:0;";
     }
 
+    // An enclosed symbol ("info.circle", "questionmark.square") is its base
+    // glyph in a drawn outline, so it shows whatever fonts the browser has.
+    void symbolInner(const std::string& name) {
+        auto endsWith = [&](std::string_view tail) {
+            return name.size() > tail.size() && name.compare(name.size() - tail.size(), tail.size(), tail) == 0;
+        };
+        const char* shape = endsWith(".circle") ? "v-sym-circle" : endsWith(".square") ? "v-sym-square" : nullptr;
+        if (!shape) {
+            out += escapeHtml(symbolGlyph(name));
+            return;
+        }
+        const std::string base = name.substr(0, name.rfind('.'));
+        std::string glyph = base == "info" ? "i" : base == "questionmark" ? "?" : base == "xmark" ? "\u2715"
+                                                                            : base == "checkmark" ? "\u2713" : symbolGlyph(base);
+        out += std::string("<span class=\"") + shape + "\"><span>" + escapeHtml(glyph) + "</span></span>";
+    }
+
     std::string attributes(const Node& n) {
         std::string a = std::string(" data-kind=\"") + kindName(n.kind) + "\"";
         if (!n.text.empty() && n.kind != Kind::image) a += " data-label=\"" + escapeHtml(n.text) + "\"";
@@ -322,15 +392,16 @@ private:
                     out += "<img alt=\"\" src=\"" + *uri + "\" style=\"object-fit:" +
                            (n.aspectFit ? "contain" : "cover") + "\">";
                 } else if (!n.placeholder.empty()) {
-                    out += "<span class=\"v-glyph\" data-symbol=\"" + escapeHtml(n.placeholder) + "\">" +
-                           escapeHtml(symbolGlyph(n.placeholder)) + "</span>";
+                    out += "<span class=\"v-glyph\" data-symbol=\"" + escapeHtml(n.placeholder) + "\">";
+                    symbolInner(n.placeholder);
+                    out += "</span>";
                 }
                 out += "</div>";
                 break;
             }
             case Kind::symbol:
                 open("span", "v-symbol", n, style, " data-symbol=\"" + escapeHtml(n.text) + "\"");
-                out += escapeHtml(symbolGlyph(n.text));
+                symbolInner(n.text);
                 out += "</span>";
                 break;
             case Kind::spacer:
@@ -344,7 +415,7 @@ private:
             case Kind::button:
                 open("button", "v-button", n, style, " type=\"button\"");
                 if (n.text.empty()) {
-                    children(n, Flow::none);
+                    children(n, Flow::row);
                 } else {
                     out += escapeHtml(n.text);
                 }
@@ -414,6 +485,10 @@ const char* kStyleSheet = R"CSS(
 .v-scroll-h { flex-direction: row; }
 .v-text { display: block; white-space: pre-wrap; overflow-wrap: anywhere; }
 .v-symbol, .v-glyph { display: inline-flex; align-items: center; justify-content: center; line-height: 1; }
+.v-sym-circle, .v-sym-square { display: inline-flex; align-items: center; justify-content: center; width: 1em; height: 1em;
+  border: 0.08em solid currentColor; border-radius: 50%; }
+.v-sym-square { border-radius: 0.2em; }
+.v-sym-circle > span, .v-sym-square > span { font-size: 0.7em; font-weight: 600; line-height: 1; }
 .v-image { display: flex; align-items: center; justify-content: center; overflow: hidden; flex-shrink: 0; }
 .v-image img { display: block; max-width: 100%; max-height: 100%; }
 .v-resizable { align-self: stretch; width: 100%; height: 100%; }
