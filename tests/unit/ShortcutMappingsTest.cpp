@@ -1,8 +1,6 @@
 #include <gtest/gtest.h>
 
-#include <set>
 #include <string>
-#include <tuple>
 
 #include "KeyboardReferenceTable.h"
 #include "keyboard/ShortcutMappings.h"
@@ -34,23 +32,6 @@ TEST(ShortcutMappings, AgreeRowByRowWithTheDocumentedTableSpellingsIncluded) {
             EXPECT_FALSE(row.character.has_value());
         }
     }
-}
-
-TEST(ShortcutMappings, EachRowNamesOneKeyAndNoTwoRowsShareAChord) {
-    int byKeyCode = 0, byCharacter = 0, renamed = 0;
-    std::set<std::tuple<std::uint64_t, int, std::string>> chords;
-    for (const auto& row : shortcutMappings()) {
-        EXPECT_NE(row.keyCode.has_value(), row.character.has_value()) << row.macroName;
-        byKeyCode += row.keyCode.has_value();
-        byCharacter += row.character.has_value();
-        renamed += row.shortCutRecord != row.macroName;
-        EXPECT_FALSE(row.modifiers.contains(ModifierFlags::option)) << row.macroName;
-        EXPECT_TRUE(chords.emplace(row.modifiers.rawValue, row.keyCode.value_or(-1), row.character.value_or("")).second)
-            << row.macroName;
-    }
-    EXPECT_EQ(byKeyCode, 12);
-    EXPECT_EQ(byCharacter, 35);
-    EXPECT_EQ(renamed, 22);
 }
 
 }  // namespace
