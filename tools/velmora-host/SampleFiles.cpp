@@ -5,7 +5,7 @@
 // purpose, so an unknown missed command shows the fallback symbol.
 //
 // Commands: `catalogue sample|none|TEXT`, `iconfile NAME sample|broken|none`;
-// show: `show samples`.
+// show: `show samples [icons]`.
 
 #include <fmt/format.h>
 
@@ -264,8 +264,9 @@ void installSampleFiles() {
                              throw ScenarioError("iconfile takes sample, broken or none");
                          }
                      }}),
-    registerShow({"samples", "show samples", 0, 0,
-                  [](const Arguments&) {
+    registerShow({"samples", "show samples [icons]", 0, 1,
+                  [](const Arguments& a) {
+                      if (!a.empty() && a[0] != "icons") throw ScenarioError("show samples takes icons or nothing");
                       auto& host = Host::instance();
                       std::error_code ec;
                       auto size = std::filesystem::file_size(sandboxed(cataloguePath), ec);
@@ -276,8 +277,10 @@ void installSampleFiles() {
                           names.push_back(entry.path().filename().string());
                       }
                       std::sort(names.begin(), names.end());
-                      host.emit(fmt::format("samples: {} icons", names.size()));
-                      for (const auto& name : names) host.emit("samples: icon " + name);
+                      host.emit(fmt::format("samples: {} icons in {}", names.size(), iconFolder));
+                      if (!a.empty()) {
+                          for (const auto& name : names) host.emit("samples: icon " + name);
+                      }
                   }}),
 };
 
