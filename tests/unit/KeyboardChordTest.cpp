@@ -1,6 +1,6 @@
 // Key events nobody wrote by hand: seeded random chords and raw events go
 // through the host simulator, and what it consumes and which macros it runs
-// are checked against the documented table.
+// are checked against the reference table.
 
 #include <gtest/gtest.h>
 
@@ -21,7 +21,7 @@ namespace {
 namespace ref = testing::reference;
 using Strings = std::vector<std::string>;
 
-// A US keyboard as the document and the platform describe it.
+// A US keyboard as the platform reports it, written out independently.
 struct UsKey {
     const char* name;
     int keyCode;

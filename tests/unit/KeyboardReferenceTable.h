@@ -1,4 +1,4 @@
-// The shortcut table as the behaviour document states it, kept apart from
+// The shortcut table written out a second time, by hand and apart from
 // the library's own so that a slip in either shows as a disagreement.
 #pragma once
 

@@ -10,7 +10,7 @@ namespace {
 
 namespace ref = testing::reference;
 
-TEST(ShortcutMappings, AgreeRowByRowWithTheDocumentedTableSpellingsIncluded) {
+TEST(ShortcutMappings, AgreeRowByRowWithTheReferenceTableSpellingsIncluded) {
     const auto& table = shortcutMappings();
     ASSERT_EQ(table.size(), 47u);
     ASSERT_EQ(ref::rows().size(), 47u);
