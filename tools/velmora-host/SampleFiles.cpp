@@ -134,7 +134,7 @@ const std::map<std::string, Rgb>& sampleIcons() {
         {"DecreaseMargin.png", text},     {"ListLineSpacing.png", text},
         {"Textbox.png", insert},          {"Sticky.png", insert},
         {"NewSlide.png", slides},         {"Send.png", slides},
-        {"Shortcuts.png", slides},
+        {"Shortcuts.png", slides},        {"VelmoraTable.png", insert},
     };
     return icons;
 }
