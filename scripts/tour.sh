@@ -5,4 +5,6 @@ cd "$(dirname "$0")/.."
 scripts/setup.sh
 cmake --preset default >/dev/null
 cmake --build --preset default --target velmora-host
-exec build/default/tools/velmora-host/velmora-host "$@"
+# Snapshots the tour writes land in the build folder.
+cd build/default
+exec tools/velmora-host/velmora-host "$@"

@@ -22,8 +22,6 @@ struct Entry {
 const std::map<std::string, Entry>& entries() {
     using A = const Arguments&;
     using E = const Exports&;
-    auto none = [](void (Exports::*)()) { return 0; };
-    (void)none;
     static const std::map<std::string, Entry> table = {
         {"initializeEventMonitor", {0, [](E e, A) { e.initializeEventMonitor(); }}},
         {"updateShortcutEnabledState", {0, [](E e, A) { e.updateShortcutEnabledState(); }}},
@@ -111,7 +109,8 @@ const std::map<std::string, Entry>& entries() {
                       "updateShortcutEnabledState asks the macro project for the setting. Any answer\n"
                       "but \"true\" (in any capitals) turns the shortcuts off; an error leaves them on.",
                       "answer GetEnableKeyboardShortcuts FALSE\ncall updateShortcutEnabledState\n"
-                      "fail GetEnableKeyboardShortcuts\ncall updateShortcutEnabledState\n"}),
+                      "fail GetEnableKeyboardShortcuts\ncall updateShortcutEnabledState\n"
+                      "answer GetEnableKeyboardShortcuts true\ncall updateShortcutEnabledState\n"}),
     registerTourStep({30, "Tool windows and other entry points",
                       "Each entry point writes its first log line; the table builder logs its seven values.",
                       "call initializeTablesOverlay 3 4 true false true false false\ncall initializeLinesOverlay\n"

@@ -277,6 +277,8 @@ std::string Host::oneLine(const std::string& text) {
     for (char c : text) {
         if (c == '\n') {
             out += "\\n";
+        } else if (c == '\r') {
+            out += "\\r";
         } else {
             out += c;
         }

@@ -95,7 +95,10 @@ public:
         std::optional<std::string> text;
         bool fails = false;
     };
-    void setAnswer(const std::string& macro, std::string text) { withMacros([&] { macros_[macro].text = std::move(text); }); }
+    // An answer also ends an earlier `fail`.
+    void setAnswer(const std::string& macro, std::string text) {
+        withMacros([&] { macros_[macro] = {std::move(text), false}; });
+    }
     void setFailing(const std::string& macro) { withMacros([&] { macros_[macro].fails = true; }); }
     std::vector<std::pair<std::string, int>> macroCounts() const;
     // Lets later parts of the simulator answer a macro themselves; the

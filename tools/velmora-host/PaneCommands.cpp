@@ -12,6 +12,7 @@
 
 #include <fmt/format.h>
 
+#include <filesystem>
 #include <fstream>
 #include <map>
 
@@ -224,11 +225,12 @@ void callOpen(const std::string& name) {
                          auto& host = Host::instance();
                          host.settle();
                          layOutSplitView();
-                         std::ofstream out(a[0], std::ios::binary);
-                         if (!out) throw ScenarioError("cannot write '" + a[0] + "'");
+                         const auto path = std::filesystem::absolute(a[0]).string();
+                         std::ofstream out(path, std::ios::binary);
+                         if (!out) throw ScenarioError("cannot write '" + path + "'");
                          out << snapshotPage();
-                         if (!out.flush()) throw ScenarioError("cannot write '" + a[0] + "'");
-                         host.emit("snapshot: " + a[0]);
+                         if (!out.flush()) throw ScenarioError("cannot write '" + path + "'");
+                         host.emit("snapshot: " + path);
                      }}),
     registerShow({"panes", "show panes", 0, 0,
                   [](const Arguments&) {
@@ -267,11 +269,6 @@ void callOpen(const std::string& name) {
                       "\"ZOrder\":2,\"HasLineBreaks\":false}]'\n"
                       "others '[]'\nassistant\nwait 0.2\nshow pane 'Velmora Assistant'\nwait 0.5\n"
                       "show pane 'Velmora Assistant'\n"}),
-    registerTourStep({480, "Held modifiers light reference rows; a snapshot to open in a browser",
-                      "Holding control and command lights the reference rows whose modifiers are exactly\n"
-                      "those. The snapshot is the window with its panes as one HTML page: open it in a\n"
-                      "browser to see the layout.",
-                      "flags ctrl+cmd\nsnapshot velmora-snapshot.html\nflags none\n"}),
 };
 
 }  // namespace

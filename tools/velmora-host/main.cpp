@@ -74,7 +74,9 @@ int main(int argc, char** argv) {
         code = runScenario(text.str(), scenario, std::filesystem::path(scenario).parent_path().string());
     }
     host.settle();
-    std::cout.flush();
+    // The sandbox is this run's alone; snapshots are written outside it.
+    std::error_code ec;
+    if (!host.sandboxRoot().empty()) std::filesystem::remove_all(host.sandboxRoot(), ec);
     // Worker threads and the library stay loaded until exit: nothing is torn down.
     std::fflush(stdout);
     _exit(code);
