@@ -7,6 +7,7 @@
 #include "bridge/Exports.h"
 #include "platform/Platform.h"
 #include "taskpane/TaskpaneManager.h"
+#include "ui/Images.h"
 
 namespace velmora {
 
@@ -14,20 +15,6 @@ namespace {
 
 // A corner radius past half of any badge's height: the badge clips to a capsule.
 constexpr double capsuleRadius = 1000;
-
-bool startsWith(const std::string& data, std::string_view prefix, std::size_t at = 0) {
-    return data.size() >= at + prefix.size() && data.compare(at, prefix.size(), prefix) == 0;
-}
-
-// What the platform's image loader accepts: a readable file in a known format.
-bool canLoadIcon(const std::string& path) {
-    auto data = platform::files().read(path);
-    if (!data) return false;
-    return startsWith(*data, "\x89PNG\r\n\x1a\n") || startsWith(*data, "\xFF\xD8\xFF") || startsWith(*data, "GIF8") ||
-           startsWith(*data, std::string_view("II*\0", 4)) || startsWith(*data, std::string_view("MM\0*", 4)) ||
-           startsWith(*data, "BM") || startsWith(*data, "icns") || startsWith(*data, "%PDF") ||
-           (startsWith(*data, "RIFF") && startsWith(*data, "WEBP", 8)) || startsWith(*data, "ftyp", 4);
-}
 
 ui::Node emptyBlock(double scale) {
     using namespace ui;
@@ -170,7 +157,7 @@ Glow AssistantPaneState::glow(const RecommendationID& id) const {
 
 bool AssistantPaneState::iconLoads(const std::string& path) {
     auto [entry, isNew] = icons_.try_emplace(path, false);
-    if (isNew) entry->second = canLoadIcon(path);
+    if (isNew) entry->second = ui::canLoadImage(path);
     return entry->second;
 }
 

@@ -9,6 +9,7 @@
 #include "shortcuts/ShortcutXMLParser.h"
 #include "taskpane/TaskpaneManager.h"
 #include "ui/HostingView.h"
+#include "ui/Images.h"
 
 namespace velmora {
 
@@ -34,7 +35,7 @@ std::shared_ptr<platform::View> catalogueView(std::vector<Shortcut> shortcuts) {
     auto hosting = ui::HostingView::make([pane](double width) {
         IconCheck check = [pane](const std::string& path) {
             auto [entry, isNew] = pane->iconLoads.try_emplace(path, false);
-            if (isNew) entry->second = canLoadShortcutIcon(path);
+            if (isNew) entry->second = ui::canLoadImage(path);
             return entry->second;
         };
         return pane->view.body(width, globalModifierKeyState().modifierFlags.get(), check);

@@ -4,14 +4,11 @@
 
 #include "platform/Platform.h"
 #include "support/Text.h"
+#include "ui/Images.h"
 
 namespace velmora {
 
 namespace {
-
-bool startsWith(const std::string& data, std::string_view prefix, std::size_t at = 0) {
-    return data.size() >= at + prefix.size() && data.compare(at, prefix.size(), prefix) == 0;
-}
 
 }  // namespace
 
@@ -28,15 +25,6 @@ bool isRelevant(const std::vector<std::string>& keys, ModifierFlags held) {
     if (held.contains(ModifierFlags::option)) pressed.insert("opt");
     if (held.contains(ModifierFlags::shift)) pressed.insert("shift");
     return pressed == wanted;
-}
-
-bool canLoadShortcutIcon(const std::string& path) {
-    auto data = platform::files().read(path);
-    if (!data) return false;
-    return startsWith(*data, "\x89PNG\r\n\x1a\n") || startsWith(*data, "\xFF\xD8\xFF") || startsWith(*data, "GIF8") ||
-           startsWith(*data, std::string_view("II*\0", 4)) || startsWith(*data, std::string_view("MM\0*", 4)) ||
-           startsWith(*data, "BM") || startsWith(*data, "icns") || startsWith(*data, "%PDF") ||
-           (startsWith(*data, "RIFF") && startsWith(*data, "WEBP", 8)) || startsWith(*data, "ftyp", 4);
 }
 
 ui::Node shortcutRowView(const Shortcut& shortcut, const std::string& iconPath, double scale, ModifierFlags held,

@@ -28,9 +28,6 @@ bool isRelevant(const std::vector<std::string>& keys, ModifierFlags held);
 // and pane.
 using IconCheck = std::function<bool(const std::string& path)>;
 
-// Reads the file through the files port and checks for a known image format.
-bool canLoadShortcutIcon(const std::string& path);
-
 ui::Node shortcutRowView(const Shortcut& shortcut, const std::string& iconPath, double scale, ModifierFlags held,
                          const IconCheck& iconLoads);
 

@@ -56,6 +56,22 @@ std::string formatFixed(double value, int decimals) {
     return fmt::format("{:.{}f}", value, decimals);
 }
 
+std::string htmlEscaped(std::string_view text) {
+    std::string out;
+    out.reserve(text.size());
+    for (char c : text) {
+        switch (c) {
+            case '&': out += "&amp;"; break;
+            case '<': out += "&lt;"; break;
+            case '>': out += "&gt;"; break;
+            case '"': out += "&quot;"; break;
+            case '\'': out += "&#39;"; break;
+            default: out += c;
+        }
+    }
+    return out;
+}
+
 std::string lowercased(std::string_view text) {
     std::string out(text);
     for (char& c : out) {

@@ -24,6 +24,9 @@ std::string arrayDescription(const std::vector<std::string>& items);
 // printf's "%.Nf" in the C locale, whatever the process locale is.
 std::string formatFixed(double value, int decimals);
 
+// The text with &, <, >, " and ' written as HTML entities.
+std::string htmlEscaped(std::string_view text);
+
 // Lower-cases ASCII letters and leaves every other byte as it is.
 std::string lowercased(std::string_view text);
 

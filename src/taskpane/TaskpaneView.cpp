@@ -46,19 +46,19 @@ std::string TaskpaneViewPart::htmlStyle() const {
 }
 
 std::string TaskpaneViewPart::htmlAttributes() const {
-    std::string attributes = " data-part=\"" + ui::escapeHtml(role_) + "\"";
-    if (!accessibilityLabel.empty()) attributes += " aria-label=\"" + ui::escapeHtml(accessibilityLabel) + "\"";
+    std::string attributes = " data-part=\"" + support::htmlEscaped(role_) + "\"";
+    if (!accessibilityLabel.empty()) attributes += " aria-label=\"" + support::htmlEscaped(accessibilityLabel) + "\"";
     return attributes;
 }
 
 std::string TaskpaneButton::htmlAttributes() const {
-    return " data-part=\"closeButton\" data-label=\"" + ui::escapeHtml(title) + "\" role=\"button\"";
+    return " data-part=\"closeButton\" data-label=\"" + support::htmlEscaped(title) + "\" role=\"button\"";
 }
 
 std::string TaskpaneButton::htmlContent() const {
     return "<span style=\"display:flex;align-items:center;justify-content:center;width:100%;height:100%;"
            "font-size:12px;cursor:pointer\">" +
-           ui::escapeHtml(title) + "</span>";
+           support::htmlEscaped(title) + "</span>";
 }
 
 void TaskpaneButton::performClick() const {
@@ -208,8 +208,8 @@ void TaskpaneView::layoutParts() {
 }
 
 std::string TaskpaneView::htmlAttributes() const {
-    return " data-pane-title=\"" + ui::escapeHtml(paneTitle) + "\" id=\"" + ui::escapeHtml(identifier) +
-           "\" role=\"group\" aria-label=\"" + ui::escapeHtml(accessibilityTitle) + "\"";
+    return " data-pane-title=\"" + support::htmlEscaped(paneTitle) + "\" id=\"" + support::htmlEscaped(identifier) +
+           "\" role=\"group\" aria-label=\"" + support::htmlEscaped(accessibilityTitle) + "\"";
 }
 
 void TaskpaneView::setContentView(const std::shared_ptr<platform::View>& view) {

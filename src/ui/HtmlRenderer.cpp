@@ -316,24 +316,24 @@ private:
         };
         const char* shape = endsWith(".circle") ? "v-sym-circle" : endsWith(".square") ? "v-sym-square" : nullptr;
         if (!shape) {
-            out += escapeHtml(symbolGlyph(name));
+            out += support::htmlEscaped(symbolGlyph(name));
             return;
         }
         const std::string base = name.substr(0, name.rfind('.'));
         std::string glyph = base == "info" ? "i" : base == "questionmark" ? "?" : base == "xmark" ? "\u2715"
                                                                             : base == "checkmark" ? "\u2713" : symbolGlyph(base);
-        out += std::string("<span class=\"") + shape + "\"><span>" + escapeHtml(glyph) + "</span></span>";
+        out += std::string("<span class=\"") + shape + "\"><span>" + support::htmlEscaped(glyph) + "</span></span>";
     }
 
     std::string attributes(const Node& n) {
         std::string a = std::string(" data-kind=\"") + kindName(n.kind) + "\"";
-        if (!n.text.empty() && n.kind != Kind::image) a += " data-label=\"" + escapeHtml(n.text) + "\"";
+        if (!n.text.empty() && n.kind != Kind::image) a += " data-label=\"" + support::htmlEscaped(n.text) + "\"";
         if (!n.mod.help.empty()) {
-            a += " data-help=\"" + escapeHtml(n.mod.help) + "\" title=\"" + escapeHtml(n.mod.help) + "\"";
+            a += " data-help=\"" + support::htmlEscaped(n.mod.help) + "\" title=\"" + support::htmlEscaped(n.mod.help) + "\"";
         }
-        if (!n.mod.identity.empty()) a += " data-id=\"" + escapeHtml(n.mod.identity) + "\"";
+        if (!n.mod.identity.empty()) a += " data-id=\"" + support::htmlEscaped(n.mod.identity) + "\"";
         if (!n.mod.accessibilityIdentifier.empty()) {
-            a += " data-ax=\"" + escapeHtml(n.mod.accessibilityIdentifier) + "\"";
+            a += " data-ax=\"" + support::htmlEscaped(n.mod.accessibilityIdentifier) + "\"";
         }
         if (n.action || n.onEdit) a += " data-action=\"1\"";
         if (n.isOn) a += " data-on=\"1\"";
@@ -380,19 +380,19 @@ private:
                 break;
             case Kind::text:
                 open("span", "v-text", n, style);
-                out += escapeHtml(n.text);
+                out += support::htmlEscaped(n.text);
                 out += "</span>";
                 break;
             case Kind::image: {
                 auto uri = imageDataURI(n.text);
-                std::string extra = " data-src=\"" + escapeHtml(n.text) + "\"";
+                std::string extra = " data-src=\"" + support::htmlEscaped(n.text) + "\"";
                 if (!uri) extra += " data-missing=\"1\"";
                 open("div", n.resizable ? "v-image v-resizable" : "v-image", n, style, extra);
                 if (uri) {
                     out += "<img alt=\"\" src=\"" + *uri + "\" style=\"object-fit:" +
                            (n.aspectFit ? "contain" : "cover") + "\">";
                 } else if (!n.placeholder.empty()) {
-                    out += "<span class=\"v-glyph\" data-symbol=\"" + escapeHtml(n.placeholder) + "\">";
+                    out += "<span class=\"v-glyph\" data-symbol=\"" + support::htmlEscaped(n.placeholder) + "\">";
                     symbolInner(n.placeholder);
                     out += "</span>";
                 }
@@ -400,7 +400,7 @@ private:
                 break;
             }
             case Kind::symbol:
-                open("span", "v-symbol", n, style, " data-symbol=\"" + escapeHtml(n.text) + "\"");
+                open("span", "v-symbol", n, style, " data-symbol=\"" + support::htmlEscaped(n.text) + "\"");
                 symbolInner(n.text);
                 out += "</span>";
                 break;
@@ -417,33 +417,33 @@ private:
                 if (n.text.empty()) {
                     children(n, Flow::row);
                 } else {
-                    out += escapeHtml(n.text);
+                    out += support::htmlEscaped(n.text);
                 }
                 out += "</button>";
                 break;
             case Kind::toggle:
                 open("label", "v-toggle", n, style);
                 out += std::string("<input type=\"checkbox\"") + (n.isOn ? " checked" : "") + "><span>" +
-                       escapeHtml(n.text) + "</span></label>";
+                       support::htmlEscaped(n.text) + "</span></label>";
                 break;
             case Kind::textField:
                 open("input", "v-field", n, style,
-                     " type=\"text\" value=\"" + escapeHtml(n.text) + "\" placeholder=\"" + escapeHtml(n.placeholder) +
+                     " type=\"text\" value=\"" + support::htmlEscaped(n.text) + "\" placeholder=\"" + support::htmlEscaped(n.placeholder) +
                          "\"");
                 break;
             case Kind::picker:
                 open("label", "v-picker", n, style);
-                if (!n.text.empty()) out += "<span>" + escapeHtml(n.text) + "</span>";
+                if (!n.text.empty()) out += "<span>" + support::htmlEscaped(n.text) + "</span>";
                 out += "<select>";
                 for (const auto& item : n.children) {
-                    out += "<option" + std::string(item.isOn ? " selected" : "") + ">" + escapeHtml(item.text) +
+                    out += "<option" + std::string(item.isOn ? " selected" : "") + ">" + support::htmlEscaped(item.text) +
                            "</option>";
                 }
                 out += "</select></label>";
                 break;
             case Kind::menu:
                 open("div", "v-menu", n, style);
-                out += "<span class=\"v-menu-label\">" + escapeHtml(n.text) + " \u25BE</span><div class=\"v-menu-items\">";
+                out += "<span class=\"v-menu-label\">" + support::htmlEscaped(n.text) + " \u25BE</span><div class=\"v-menu-items\">";
                 children(n, Flow::column);
                 out += "</div></div>";
                 break;
@@ -520,14 +520,14 @@ void renderViewInto(const platform::View& view, std::string& out) {
     std::string cls = "v-view";
     if (value) cls += " v-textfield-view";
     if (hosting) cls += " v-hosting";
-    out += "<div class=\"" + cls + "\" data-class=\"" + escapeHtml(view.className()) + "\"";
-    if (value) out += " data-label=\"" + escapeHtml(*value) + "\"";
+    out += "<div class=\"" + cls + "\" data-class=\"" + support::htmlEscaped(view.className()) + "\"";
+    if (value) out += " data-label=\"" + support::htmlEscaped(*value) + "\"";
     if (styled) out += styled->htmlAttributes();
     out += " style=\"left:" + px(frame.x) + ";top:" + px(frame.y) + ";width:" + px(frame.width) +
            ";height:" + px(frame.height) + ";";
     if (styled) out += styled->htmlStyle();
     out += "\">";
-    if (value) out += escapeHtml(*value);
+    if (value) out += support::htmlEscaped(*value);
     if (styled) out += styled->htmlContent();
     if (hosting) {
         // Rendering reads the tree as last built; a host snapshot does not rebuild it.
@@ -554,7 +554,7 @@ std::string renderNode(const Node& root) {
 }
 
 std::string renderPage(const Node& root, double width, double height, const std::string& title) {
-    std::string page = "<!DOCTYPE html>\n<html><head><meta charset=\"utf-8\"><title>" + escapeHtml(title) +
+    std::string page = "<!DOCTYPE html>\n<html><head><meta charset=\"utf-8\"><title>" + support::htmlEscaped(title) +
                        "</title>\n<style>body{margin:0;background:#ececec;}" + htmlStyleSheet() +
                        "</style></head>\n<body><div class=\"velmora-root v-hosting\" style=\"position:relative;width:" +
                        px(width) + ";height:" + px(height) + ";background:#fff;\">";
@@ -566,22 +566,6 @@ std::string renderPage(const Node& root, double width, double height, const std:
 std::string renderView(const platform::View& view) {
     std::string out;
     renderViewInto(view, out);
-    return out;
-}
-
-std::string escapeHtml(std::string_view text) {
-    std::string out;
-    out.reserve(text.size());
-    for (char c : text) {
-        switch (c) {
-            case '&': out += "&amp;"; break;
-            case '<': out += "&lt;"; break;
-            case '>': out += "&gt;"; break;
-            case '"': out += "&quot;"; break;
-            case '\'': out += "&#39;"; break;
-            default: out += c;
-        }
-    }
     return out;
 }
 

@@ -2,7 +2,7 @@
 // so that any pane can be looked at in a real browser.
 //
 // Provides: htmlStyleSheet(), renderNode(), renderPage(), renderView(),
-// HtmlStyled, escapeHtml(), symbolGlyph().
+// HtmlStyled, symbolGlyph().
 // Images are read through the files port and inlined as data URIs; an
 // image that cannot be read draws its fallback symbol, or nothing. Every
 // node carries data attributes so a page test can find it: data-kind,
@@ -43,8 +43,6 @@ public:
 // parent (origin top left, y down). A HostingView draws its node tree; a
 // text field its value; an HtmlStyled view adds its own parts.
 std::string renderView(const platform::View& view);
-
-std::string escapeHtml(std::string_view text);
 
 // The glyph drawn for a system symbol name ("info.circle" -> "ⓘ").
 std::string symbolGlyph(const std::string& name);

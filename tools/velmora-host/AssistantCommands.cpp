@@ -44,16 +44,7 @@ namespace {
                       "The macro project sends the selected shapes and the others as JSON. Three boxes\n"
                       "in a row, unevenly spaced and of different heights, earn align, distribute and\n"
                       "same-height rows; the rows appear on the main queue.",
-                      "select '[{\"ID\":1,\"Name\":\"Box 1\",\"Top\":10,\"Left\":0,\"Width\":50,\"Height\":40,"
-                      "\"ShpType\":\"1\",\"HasFill\":true,\"FillColor\":255,\"HasTextFrame\":true,\"HasText\":false,"
-                      "\"AutoSize\":false,\"WordWrap\":true,\"MarginTop\":3.6,\"MarginLeft\":7.2,\"ZOrder\":1,"
-                      "\"HasLineBreaks\":false},{\"ID\":2,\"Name\":\"Box 2\",\"Top\":30,\"Left\":80,\"Width\":50,"
-                      "\"Height\":60,\"ShpType\":\"1\",\"HasFill\":true,\"FillColor\":255,\"HasTextFrame\":true,"
-                      "\"HasText\":false,\"AutoSize\":false,\"WordWrap\":true,\"MarginTop\":3.6,\"MarginLeft\":7.2,"
-                      "\"ZOrder\":2,\"HasLineBreaks\":false},{\"ID\":3,\"Name\":\"Box 3\",\"Top\":50,\"Left\":200,"
-                      "\"Width\":50,\"Height\":20,\"ShpType\":\"1\",\"HasFill\":true,\"FillColor\":255,"
-                      "\"HasTextFrame\":true,\"HasText\":false,\"AutoSize\":false,\"WordWrap\":true,\"MarginTop\":3.6,"
-                      "\"MarginLeft\":7.2,\"ZOrder\":3,\"HasLineBreaks\":false}]'\n"
+                      "select @Shapes/three-boxes.json\n"
                       "others '[]'\nassistant\nshow assistant\n"}),
     registerTourStep({310, "An unchanged selection publishes nothing",
                       "Only the row names are compared with the last run: the same selection logs that\n"

@@ -97,20 +97,6 @@ std::uint64_t parseModifiers(const std::string& text) {
     return flags;
 }
 
-std::string escape(const std::string& text) {
-    std::string out;
-    for (char c : text) {
-        switch (c) {
-            case '&': out += "&amp;"; break;
-            case '<': out += "&lt;"; break;
-            case '>': out += "&gt;"; break;
-            case '"': out += "&quot;"; break;
-            default: out += c;
-        }
-    }
-    return out;
-}
-
 std::string px(double value) { return support::swiftDescription(value) + "px"; }
 
 // The document window with its open panes as one page: the ribbon on top,
@@ -142,10 +128,10 @@ std::string snapshotPage() {
         }
         const bool editor = view->className() == "CUISlideEditorView";
         page += "<div class=\"host-view" + std::string(editor ? " host-editor" : "") + "\" data-class=\"" +
-                escape(view->className()) + "\" style=\"left:" + px(f.x) + ";top:" + px(f.y) + ";width:" +
+                support::htmlEscaped(view->className()) + "\" style=\"left:" + px(f.x) + ";top:" + px(f.y) + ";width:" +
                 px(f.width) + ";height:" + px(f.height) + "\">";
         if (editor) page += "<div class=\"host-slide\"></div>";
-        if (auto text = firstTextField(view)) page += "<span data-label=\"" + escape(*text) + "\">" + escape(*text) + "</span>";
+        if (auto text = firstTextField(view)) page += "<span data-label=\"" + support::htmlEscaped(*text) + "\">" + support::htmlEscaped(*text) + "</span>";
         page += "</div>\n";
     }
     page += "</div>\n</div>\n</body></html>\n";
@@ -260,13 +246,7 @@ void callOpen(const std::string& name) {
     registerTourStep({470, "Rows glow when they appear",
                       "New assistant rows come in with a glow that is full 0.2 s later and gone 0.5 s\n"
                       "after that, driven by main-queue timers.",
-                      "select '[{\"ID\":1,\"Name\":\"Box 1\",\"Top\":10,\"Left\":0,\"Width\":50,\"Height\":40,"
-                      "\"ShpType\":\"1\",\"HasFill\":true,\"FillColor\":255,\"HasTextFrame\":true,\"HasText\":false,"
-                      "\"AutoSize\":false,\"WordWrap\":true,\"MarginTop\":3.6,\"MarginLeft\":7.2,\"ZOrder\":1,"
-                      "\"HasLineBreaks\":false},{\"ID\":2,\"Name\":\"Box 2\",\"Top\":30,\"Left\":80,\"Width\":50,"
-                      "\"Height\":60,\"ShpType\":\"1\",\"HasFill\":true,\"FillColor\":255,\"HasTextFrame\":true,"
-                      "\"HasText\":false,\"AutoSize\":false,\"WordWrap\":true,\"MarginTop\":3.6,\"MarginLeft\":7.2,"
-                      "\"ZOrder\":2,\"HasLineBreaks\":false}]'\n"
+                      "select @Shapes/two-boxes.json\n"
                       "others '[]'\nassistant\nwait 0.2\nshow pane 'Velmora Assistant'\nwait 0.5\n"
                       "show pane 'Velmora Assistant'\n"}),
 };

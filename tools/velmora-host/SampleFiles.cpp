@@ -229,10 +229,28 @@ void removeFile(const std::string& path) {
     std::filesystem::remove(sandboxed(path), ec);
 }
 
+// Plain filled boxes as the macro project reports them, for the tour's selections.
+std::string boxesJSON(std::initializer_list<std::array<int, 4>> boxes) {
+    std::string json = "[";
+    int id = 0;
+    for (const auto& [top, left, width, height] : boxes) {
+        ++id;
+        json += fmt::format(
+            "{}{{\"ID\":{},\"Name\":\"Box {}\",\"Top\":{},\"Left\":{},\"Width\":{},\"Height\":{},\"ShpType\":\"1\","
+            "\"HasFill\":true,\"FillColor\":255,\"HasTextFrame\":true,\"HasText\":false,\"AutoSize\":false,"
+            "\"WordWrap\":true,\"MarginTop\":3.6,\"MarginLeft\":7.2,\"ZOrder\":{},\"HasLineBreaks\":false}}",
+            id == 1 ? "" : ",", id, id, top, left, width, height, id);
+    }
+    return json + "]";
+}
+
 void installSampleFiles() {
     if (Host::instance().sandboxRoot().empty()) return;  // no sandbox: nothing to install into
     writeFile(cataloguePath, sampleCatalogue);
     for (const auto& [name, colour] : sampleIcons()) writeFile(iconFolder + name, buttonPng(colour));
+    // Three boxes in a row, unevenly spaced and of different heights; and the first two alone.
+    writeFile("/Shapes/three-boxes.json", boxesJSON({{10, 0, 50, 40}, {30, 80, 50, 60}, {50, 200, 50, 20}}));
+    writeFile("/Shapes/two-boxes.json", boxesJSON({{10, 0, 50, 40}, {30, 80, 50, 60}}));
 }
 
 // Installed before the first command, as the add-in's installer would have.
