@@ -12,28 +12,41 @@ jobs=$(nproc)
 
 step() { printf '\n==> %s\n' "$*"; }
 
+# Runs a test command, shows its output, and adds the number it passed to the total.
+passed=0
+log=$(mktemp)
+trap 'rm -f "$log"' EXIT
+counted() {
+  "$@" 2>&1 | tee "$log"
+  local status=${PIPESTATUS[0]}
+  ((status == 0)) || exit "$status"
+  local n
+  n=$(sed -n -e 's/.*tests passed, 0 tests failed out of \([0-9]*\).*/\1/p' -e 's/^# pass \([0-9]*\)$/\1/p' "$log" | tail -n 1)
+  passed=$((passed + ${n:-0}))
+}
+
 step "default build"
 cmake --preset default >/dev/null
 cmake --build --preset default -j "$jobs"
-ctest --preset default -j "$jobs"
+counted ctest --preset default -j "$jobs"
 
 step "AddressSanitizer + UndefinedBehaviorSanitizer"
 cmake --preset asan >/dev/null
 cmake --build --preset asan -j "$jobs"
-ctest --preset asan -j "$jobs" -L 'unit|scenario'
+counted ctest --preset asan -j "$jobs" -L 'unit|scenario'
 
 step "ThreadSanitizer"
 cmake --preset tsan >/dev/null
 cmake --build --preset tsan -j "$jobs"
-ctest --preset tsan -j "$jobs" -L 'threaded|scenario'
+counted ctest --preset tsan -j "$jobs" -L 'threaded|scenario'
 
 if [[ -f tests/pages/package.json ]]; then
   step "page tests in headless Chromium"
   (cd tests/pages && npm ci --no-audit --no-fund --silent)
   mkdir -p build/default/pages
-  VELMORA_HOST="$PWD/build/default/tools/velmora-host/velmora-host" \
-  VELMORA_ARTIFACTS="$PWD/build/default/pages" \
-    node --test tests/pages/
+  export VELMORA_HOST="$PWD/build/default/tools/velmora-host/velmora-host"
+  export VELMORA_ARTIFACTS="$PWD/build/default/pages"
+  counted node --test tests/pages/
 fi
 
 if [[ -x build/default/bench/velmora_bench ]]; then
@@ -42,3 +55,4 @@ if [[ -x build/default/bench/velmora_bench ]]; then
 fi
 
 step "all tests passed"
+echo "$passed passed, 0 failed"
