@@ -3,33 +3,11 @@
 
 #include "bridge/Exports.h"
 
-#include <exception>
-#include <string>
-
 #include "platform/Platform.h"
 
 #define VELMORA_EXPORT extern "C" __attribute__((visibility("default")))
 
-namespace {
-
-template <typename Body>
-void guarded(const char* name, Body&& body) noexcept {
-    try {
-        body();
-    } catch (const std::exception& error) {
-        try {
-            velmora::platform::nslog(std::string("VL: ") + name + " failed: " + error.what());
-        } catch (...) {
-        }
-    } catch (...) {
-        try {
-            velmora::platform::nslog(std::string("VL: ") + name + " failed");
-        } catch (...) {
-        }
-    }
-}
-
-}  // namespace
+using velmora::platform::guarded;
 
 VELMORA_EXPORT void initializeEventMonitor() { guarded(__func__, [] { velmora::initializeEventMonitor(); }); }
 VELMORA_EXPORT void updateShortcutEnabledState() { guarded(__func__, [] { velmora::updateShortcutEnabledState(); }); }

@@ -68,8 +68,8 @@ void initializeEventMonitor() {
     // Each call adds two more monitors; their tokens are not kept, so they
     // live as long as the process.
     platform::mainAsync([] {
-        (void)platform::events().addLocalMonitor(keyDownMonitorMask.rawValue, handleKeyDown);
-        (void)platform::events().addLocalMonitor(mouseUpMonitorMask.rawValue, handleMouseUp);
+        (void)platform::addLocalMonitor(keyDownMonitorMask.rawValue, handleKeyDown);
+        (void)platform::addLocalMonitor(mouseUpMonitorMask.rawValue, handleMouseUp);
     });
 }
 

@@ -34,4 +34,19 @@ void install(std::shared_ptr<Platform> platform) {
     current.store(installed.get(), std::memory_order_release);
 }
 
+void reportUncaught(std::string_view where, std::exception_ptr error) noexcept {
+    try {
+        std::string text = "VL: " + std::string(where) + " failed";
+        try {
+            std::rethrow_exception(error);
+        } catch (const std::exception& exception) {
+            text += std::string(": ") + exception.what();
+        } catch (...) {
+        }
+        nslog(text);
+    } catch (...) {
+        // Not even the log line could be written: nothing is left to do.
+    }
+}
+
 }  // namespace velmora::platform

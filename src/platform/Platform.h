@@ -9,6 +9,7 @@
 // so checks and test hooks sit in one place.
 #pragma once
 
+#include <exception>
 #include <memory>
 #include <string>
 #include <string_view>
@@ -64,9 +65,40 @@ inline void logger(std::string_view subsystem, std::string_view category, LogLev
     get().log->logger(subsystem, category, level, text);
 }
 
-inline void mainAsync(Task task) { get().dispatch->mainAsync(std::move(task)); }
-inline void mainAsyncAfter(double seconds, Task task) { get().dispatch->mainAsyncAfter(seconds, std::move(task)); }
-inline void globalAsync(QualityOfService qos, Task task) { get().dispatch->globalAsync(qos, std::move(task)); }
+// Logs an exception that reached the edge of the library ("VL: WHERE
+// failed: what") and never throws itself.
+void reportUncaught(std::string_view where, std::exception_ptr error) noexcept;
+
+// Runs `body`; an exception is logged and swallowed. Every way into the
+// library (an export, a queued block, an event handler, a tap) passes
+// through here, since nothing above it can handle one.
+template <typename Body>
+void guarded(std::string_view where, Body&& body) noexcept {
+    try {
+        body();
+    } catch (...) {
+        reportUncaught(where, std::current_exception());
+    }
+}
+
+inline Task guardedTask(Task task) {
+    return [task = std::move(task)] { guarded("queued block", task); };
+}
+inline void mainAsync(Task task) { get().dispatch->mainAsync(guardedTask(std::move(task))); }
+inline void mainAsyncAfter(double seconds, Task task) {
+    get().dispatch->mainAsyncAfter(seconds, guardedTask(std::move(task)));
+}
+inline void globalAsync(QualityOfService qos, Task task) {
+    get().dispatch->globalAsync(qos, guardedTask(std::move(task)));
+}
+// A local monitor whose handler passes the event on if it throws.
+inline MonitorToken addLocalMonitor(std::uint64_t mask, EventMonitorHandler handler) {
+    return get().events->addLocalMonitor(mask, [handler = std::move(handler)](const Event& event) {
+        std::optional<Event> result = event;
+        guarded("event monitor", [&] { result = handler(event); });
+        return result;
+    });
+}
 inline bool isMainThread() { return get().dispatch->isMainThread(); }
 
 inline FilesPort& files() { return *get().files; }

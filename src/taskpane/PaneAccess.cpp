@@ -1,5 +1,6 @@
 #include "taskpane/PaneAccess.h"
 
+#include "platform/Platform.h"
 #include "support/Text.h"
 #include "ui/HostingView.h"
 #include "ui/HtmlRenderer.h"
@@ -55,7 +56,7 @@ platform::PaneAccess makePaneAccess(const std::shared_ptr<TaskpaneView>& pane) {
         if (!node) return false;
         // A copy: the action may rebuild the tree that holds it.
         auto action = node->action;
-        action();
+        platform::guarded("tap", action);
         // A tap may change view state; the view is rebuilt from it.
         hosting->invalidate();
         return true;
@@ -65,12 +66,14 @@ platform::PaneAccess makePaneAccess(const std::shared_ptr<TaskpaneView>& pane) {
         if (!p) return;
         auto& handle = *p->resizeHandle;
         const Point start = handle.convertToWindow({TaskpaneView::handleWidth / 2, handle.frame().height / 2});
-        handle.mouseDown(start);
-        handle.mouseDragged({start.x + dx, start.y});
-        handle.mouseUp();
+        platform::guarded("drag", [&] {
+            handle.mouseDown(start);
+            handle.mouseDragged({start.x + dx, start.y});
+            handle.mouseUp();
+        });
     };
     access.pressClose = [weak] {
-        if (auto p = weak.lock()) p->closeButton->performClick();
+        if (auto p = weak.lock()) platform::guarded("close", [&] { p->closeButton->performClick(); });
     };
     return access;
 }

@@ -142,7 +142,7 @@ void TaskpaneManager::updateLayout(const std::shared_ptr<platform::View>& splitV
 void TaskpaneManager::setupUnifiedKeyEventMonitorIfNeeded() {
     if (unifiedKeyEventMonitor.load() != 0) return;
     const std::uint64_t mask = 0x1000 | 0x400;  // flags changed, key down
-    auto token = platform::events().addLocalMonitor(mask, [](const platform::Event& event) {
+    auto token = platform::addLocalMonitor(mask, [](const platform::Event& event) {
         platform::mainAsync([event] {
             if (event.type != platform::EventType::flagsChanged) return;
             const ModifierFlags flags{event.modifierFlags};

@@ -243,7 +243,7 @@ public:
         if (m.foreground) text += "color:" + cssColor(*m.foreground) + ";";
 
         if (framed) out += "<div class=\"v-frame\" style=\"" + outer + "\">";
-        element(n, flow, inner, framed);
+        element(n, flow, inner);
         if (framed) out += "</div>";
     }
 
@@ -350,34 +350,26 @@ private:
         for (const auto& child : n.children) node(child, flow);
     }
 
-    void element(const Node& n, Flow flow, const std::string& style, bool framed) {
-        (void)framed;
+    // A stack, scroll view or grid: a div whose children flow as given.
+    void container(const char* cls, const Node& n, const std::string& style, Flow flow) {
+        open("div", cls, n, style);
+        children(n, flow);
+        out += "</div>";
+    }
+
+    void element(const Node& n, Flow flow, const std::string& style) {
         switch (n.kind) {
-            case Kind::vstack:
-                open("div", "v-vstack", n, style);
-                children(n, Flow::column);
-                out += "</div>";
-                break;
-            case Kind::hstack:
-                open("div", "v-hstack", n, style);
-                children(n, Flow::row);
-                out += "</div>";
-                break;
-            case Kind::zstack:
-                open("div", "v-zstack", n, style);
-                children(n, Flow::none);
-                out += "</div>";
-                break;
+            case Kind::vstack: container("v-vstack", n, style, Flow::column); break;
+            case Kind::hstack: container("v-hstack", n, style, Flow::row); break;
+            case Kind::zstack: container("v-zstack", n, style, Flow::none); break;
             case Kind::scroll:
-                open("div", n.axis == Axis::horizontal ? "v-scroll v-scroll-h" : "v-scroll", n, style);
-                children(n, n.axis == Axis::horizontal ? Flow::row : Flow::column);
-                out += "</div>";
+                if (n.axis == Axis::horizontal) {
+                    container("v-scroll v-scroll-h", n, style, Flow::row);
+                } else {
+                    container("v-scroll", n, style, Flow::column);
+                }
                 break;
-            case Kind::grid:
-                open("div", "v-grid", n, style);
-                children(n, Flow::none);
-                out += "</div>";
-                break;
+            case Kind::grid: container("v-grid", n, style, Flow::none); break;
             case Kind::text:
                 open("span", "v-text", n, style);
                 out += support::htmlEscaped(n.text);

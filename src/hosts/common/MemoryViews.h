@@ -1,6 +1,6 @@
 // In-memory windows and views: the views port for hosts that draw nothing.
 //
-// Provides: MemoryView, MemoryWindow, MemoryViews, findView().
+// Provides: MemoryView, MemoryWindow, MemoryViews.
 // The Linux host simulator builds its document window from these, and the
 // tests build theirs. A text field is a MemoryView with a string value.
 #pragma once
@@ -63,16 +63,5 @@ private:
     std::vector<std::shared_ptr<platform::Window>> windows_;
     std::shared_ptr<platform::Window> keyWindow_;
 };
-
-// Depth first, parent before children: the first view of that class.
-inline std::shared_ptr<platform::View> findView(const std::shared_ptr<platform::View>& root,
-                                                const std::string& className) {
-    if (!root) return nullptr;
-    if (root->className() == className) return root;
-    for (const auto& child : root->subviews()) {
-        if (auto hit = findView(child, className)) return hit;
-    }
-    return nullptr;
-}
 
 }  // namespace velmora::hosts
