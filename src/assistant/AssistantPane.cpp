@@ -225,22 +225,10 @@ void AssistantContentManager::loadAssistantView(std::function<void(std::shared_p
         state->attach(hosting);
 
         // Each published change of either list redraws the pane; rows new
-        // to it appear and glow. The observers go once the pane is gone.
-        std::weak_ptr<ui::HostingView> weak = hosting;
+        // to it appear and glow.
         auto& model = AssistantViewModel::shared();
-        auto watch = [weak](auto& list) {
-            using Token = typename std::remove_reference_t<decltype(list)>::Token;
-            auto token = std::make_shared<Token>(0);
-            *token = list.observe([weak, token, &list](const auto&) {
-                if (auto view = weak.lock()) {
-                    view->invalidate();
-                } else {
-                    list.removeObserver(*token);
-                }
-            });
-        };
-        watch(model.recommendations);
-        watch(model.missed);
+        ui::invalidateOnChange(hosting, model.recommendations);
+        ui::invalidateOnChange(hosting, model.missed);
         completion(hosting);
     });
 }

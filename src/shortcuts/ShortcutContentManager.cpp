@@ -41,17 +41,8 @@ std::shared_ptr<platform::View> catalogueView(std::vector<Shortcut> shortcuts) {
         return pane->view.body(width, globalModifierKeyState().modifierFlags.get(), check);
     });
 
-    // Each published change of the held modifiers redraws the rows; the
-    // observer goes once the pane is gone.
-    std::weak_ptr<ui::HostingView> weak = hosting;
-    auto token = std::make_shared<support::Published<ModifierFlags>::Token>(0);
-    *token = globalModifierKeyState().modifierFlags.observe([weak, token](const ModifierFlags&) {
-        if (auto view = weak.lock()) {
-            view->invalidate();
-        } else {
-            globalModifierKeyState().modifierFlags.removeObserver(*token);
-        }
-    });
+    // Each published change of the held modifiers redraws the rows.
+    ui::invalidateOnChange(hosting, globalModifierKeyState().modifierFlags);
     return hosting;
 }
 

@@ -1,6 +1,6 @@
 // A platform view that hosts a pane description.
 //
-// Provides: HostingView, Body.
+// Provides: HostingView, Body, invalidateOnChange().
 // The body is the pane's pure function from its width to a node tree; the
 // hosting view evaluates it at its current width whenever it is asked to
 // update: when its width changes, when it is laid out for the first time,
@@ -17,6 +17,7 @@
 #include <string>
 
 #include "platform/Views.h"
+#include "support/Published.h"
 #include "ui/Node.h"
 
 namespace velmora::ui {
@@ -54,5 +55,20 @@ private:
     int updates_ = 0;
     std::set<std::string> shown_;
 };
+
+// Rebuilds `view` on every write of `value`, which outlives it: the
+// observer removes itself at the first write after the view is gone.
+template <typename T>
+void invalidateOnChange(const std::shared_ptr<HostingView>& view, support::Published<T>& value) {
+    std::weak_ptr<HostingView> weak = view;
+    auto token = std::make_shared<typename support::Published<T>::Token>(0);
+    *token = value.observe([weak, token, &value](const T&) {
+        if (auto alive = weak.lock()) {
+            alive->invalidate();
+        } else {
+            value.removeObserver(*token);
+        }
+    });
+}
 
 }  // namespace velmora::ui

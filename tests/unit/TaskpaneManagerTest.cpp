@@ -177,7 +177,7 @@ TEST_F(TaskpaneManagerTest, TheUnifiedMonitorWritesTheHeldModifiersOnTheMainQueu
     fake.dispatch->runUntilIdle();
     fake.log->clear();
 
-    platform::Event flags{platform::EventType::flagsChanged, 0x140000 | 0x10000};
+    platform::Event flags{platform::EventType::flagsChanged, 0x140000 | 0x10000, std::nullopt, 0};
     auto passed = fake.events->dispatch(flags);
     ASSERT_TRUE(passed);  // never consumed
     EXPECT_EQ(globalModifierKeyState().modifierFlags.get().rawValue, 0u);
@@ -186,7 +186,7 @@ TEST_F(TaskpaneManagerTest, TheUnifiedMonitorWritesTheHeldModifiersOnTheMainQueu
     EXPECT_EQ(fake.log->lines(),
               std::vector<std::string>{"Velmora Shortcuts: Modifier keys: ModifierFlags(rawValue: 1376256)"});
 
-    platform::Event key{platform::EventType::keyDown, 0};
+    platform::Event key{platform::EventType::keyDown, 0, std::nullopt, 0};
     EXPECT_TRUE(fake.events->dispatch(key));
     fake.dispatch->runUntilIdle();
     EXPECT_EQ(globalModifierKeyState().modifierFlags.get().rawValue, 0x150000u);
