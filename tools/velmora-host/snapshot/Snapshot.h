@@ -1,0 +1,23 @@
+// The window snapshot: the document window with its open panes as one HTML
+// page that a browser shows as the host would.
+//
+// Provides: snapshotPage(), firstTextField().
+// Main thread; the caller settles and lays the split view out first.
+#pragma once
+
+#include <memory>
+#include <optional>
+#include <string>
+
+#include "platform/Views.h"
+
+namespace velmora::host {
+
+// The ribbon on top, the split view below with the slide editor and every
+// pane at its frame.
+std::string snapshotPage();
+
+// The value of the first text field in the subtree, depth first.
+std::optional<std::string> firstTextField(const std::shared_ptr<platform::View>& root);
+
+}  // namespace velmora::host
