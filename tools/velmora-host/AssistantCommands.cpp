@@ -10,24 +10,31 @@ namespace velmora::host {
 namespace {
 
 [[maybe_unused]] const bool registered[] = {
+    // Raw texts in place of the document's shapes, until a document command ends them.
     registerCommand({"select", "select JSON", 1, 1,
-                     [](const Arguments& a) { Host::instance().selectedShapesJSON = a[0]; }}),
+                     [](const Arguments& a) {
+                         Host::instance().document().with([&](DocumentState& doc) { doc.rawSelected = a[0]; });
+                     }}),
     registerCommand({"others", "others JSON", 1, 1,
-                     [](const Arguments& a) { Host::instance().otherShapesJSON = a[0]; }}),
+                     [](const Arguments& a) {
+                         Host::instance().document().with([&](DocumentState& doc) { doc.rawOthers = a[0]; });
+                     }}),
     // As the macro project answers CallTriggerAssistant: with the document's
     // shapes, or with the two texts given.
     registerCommand({"assistant", "assistant [SELECTED OTHERS]", 0, 2,
                      [](const Arguments& a) {
                          auto& host = Host::instance();
                          if (a.size() == 1) throw ScenarioError("usage: assistant [SELECTED OTHERS]");
-                         const std::string selected = a.empty() ? host.selectedShapesJSON : a[0];
-                         const std::string others = a.empty() ? host.otherShapesJSON : a[1];
+                         auto doc = host.document().copy();
+                         const std::string selected = a.empty() ? doc.selectedShapesJSON() : a[0];
+                         const std::string others = a.empty() ? doc.otherShapesJSON() : a[1];
                          host.exports().triggerAssistant(selected.c_str(), others.c_str());
                      }}),
     registerCommand({"slide-selected", "slide-selected", 0, 0,
                      [](const Arguments&) {
                          auto& host = Host::instance();
-                         const std::string others = host.otherShapesJSON;
+                         const std::string others =
+                             host.document().with([](DocumentState& doc) { return doc.otherShapesJSON(); });
                          host.exports().triggerAssistant("[SlideSelected]", others.c_str());
                      }}),
     registerCommand({"missed", "missed COMMAND", 1, 1,

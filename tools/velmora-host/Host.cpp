@@ -8,6 +8,7 @@
 #include <filesystem>
 #include <iostream>
 
+#include "document/Macros.h"
 #include "platform/Platform.h"
 
 namespace velmora::host {
@@ -17,9 +18,6 @@ namespace {
 constexpr const char* defaultHardwareReport =
     "Hardware:\n\n    Hardware Overview:\n\n      Model Name: Simulated Mac\n"
     "      Hardware UUID: 6D1A3C52-8B4F-4E0A-9C7D-2F5B8E1A4C90\n";
-
-// A ten-colour theme: dark 1, light 1, dark 2, light 2, accents 1 to 6.
-constexpr const char* defaultThemeColors = "#000000,#FFFFFF,#44546A,#E7E6E6,#4472C4,#ED7D31,#A5A5A5,#FFC000,#5B9BD5,#70AD47";
 
 class TranscriptLog : public platform::LogPort {
 public:
@@ -195,14 +193,8 @@ Host::Host()
     if (mkdtemp(pattern.data())) connection_.fileRoot = pattern;
 
     macros_["GetEnableKeyboardShortcuts"].text = "true";
-    macros_["GetThemeColorsHexCsv"].text = defaultThemeColors;
     hardwareReport_ = defaultHardwareReport;
-    handleMacro("CallTriggerAssistant", [](const MacroCall&) -> std::optional<std::string> {
-        auto& host = Host::instance();
-        const std::string selected = host.selectedShapesJSON, others = host.otherShapesJSON;
-        host.exports().triggerAssistant(selected.c_str(), others.c_str());
-        return std::nullopt;
-    });
+    installDocumentMacros(*this);
     buildWindow();
 }
 

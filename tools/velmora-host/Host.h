@@ -20,6 +20,7 @@
 #include <string>
 #include <vector>
 
+#include "document/Document.h"
 #include "hosts/common/MemoryAccessibility.h"
 #include "hosts/common/MemoryViews.h"
 #include "hosts/common/MemoryWeb.h"
@@ -100,15 +101,16 @@ public:
         withMacros([&] { macros_[macro] = {std::move(text), false}; });
     }
     void setFailing(const std::string& macro) { withMacros([&] { macros_[macro].fails = true; }); }
+    // Ends an answer and a failure: the macro's handler speaks again.
+    void clearAnswer(const std::string& macro) { withMacros([&] { macros_.erase(macro); }); }
     std::vector<std::pair<std::string, int>> macroCounts() const;
     // Lets later parts of the simulator answer a macro themselves; the
     // handler gives the result text, or nothing for none.
     using MacroHandler = std::function<std::optional<std::string>(const MacroCall&)>;
     void handleMacro(const std::string& macro, MacroHandler handler);
 
-    // Document: the shapes the macro project reports, as JSON arrays.
-    std::string selectedShapesJSON = "[]";
-    std::string otherShapesJSON = "[]";
+    // The macro project's document, which its macros change.
+    Document& document() { return document_; }
 
     // Hardware report the simulated machine prints; nothing: the tool fails to start.
     void setHardwareReport(std::optional<std::string> report);
@@ -159,6 +161,7 @@ private:
     std::vector<std::pair<std::weak_ptr<platform::View>, platform::PaneAccess>> panes_;
     std::vector<std::pair<std::string, int>> macroCounts_;
     std::optional<std::string> hardwareReport_;
+    Document document_;
 
     std::shared_ptr<hosts::MemoryViews> views_;
     std::shared_ptr<hosts::MemoryAccessibility> accessibility_;

@@ -1,0 +1,146 @@
+#include "document/Macros.h"
+
+#include <algorithm>
+#include <charconv>
+#include <cmath>
+#include <functional>
+
+#include "Host.h"
+#include "document/Document.h"
+
+namespace velmora::host {
+
+namespace {
+
+using Shapes = std::vector<Shape*>;
+using Edit = std::function<void(DocumentState&, const MacroCall&)>;
+
+// The tint as the library writes it ("0.80", "-0.25"); nothing for any other text.
+std::optional<double> tintParameter(const std::string& text) {
+    double value = 0;
+    auto [end, ec] = std::from_chars(text.data(), text.data() + text.size(), value);
+    if (ec != std::errc{} || end != text.data() + text.size() || !std::isfinite(value)) return std::nullopt;
+    return value;
+}
+
+Edit paint(std::function<void(Shape&, Rgb)> set) {
+    return [set](DocumentState& doc, const MacroCall& call) {
+        if (call.parameters.size() < 2) return;
+        auto base = doc.themeSlot(call.parameters[0]);
+        auto tint = tintParameter(call.parameters[1]);
+        if (!base || !tint) return;
+        for (auto* shape : doc.selectedShapes()) set(*shape, tinted(*base, *tint));
+    };
+}
+
+Edit clear(std::optional<Rgb> Shape::*property) {
+    return [property](DocumentState& doc, const MacroCall&) {
+        for (auto* shape : doc.selectedShapes()) shape->*property = std::nullopt;
+    };
+}
+
+struct Bounds {
+    double left, top, right, bottom;
+};
+
+// Several shapes align among themselves; a single one aligns to the slide.
+std::optional<Bounds> alignmentBounds(const Shapes& shapes) {
+    if (shapes.empty()) return std::nullopt;
+    if (shapes.size() == 1) return Bounds{0, 0, slideWidth, slideHeight};
+    Bounds box{shapes[0]->left, shapes[0]->top, shapes[0]->left + shapes[0]->width, shapes[0]->top + shapes[0]->height};
+    for (const auto* shape : shapes) {
+        box.left = std::min(box.left, shape->left);
+        box.top = std::min(box.top, shape->top);
+        box.right = std::max(box.right, shape->left + shape->width);
+        box.bottom = std::max(box.bottom, shape->top + shape->height);
+    }
+    return box;
+}
+
+// `place` moves one shape within the bounds.
+Edit align(std::function<void(Shape&, const Bounds&)> place) {
+    return [place](DocumentState& doc, const MacroCall&) {
+        auto shapes = doc.selectedShapes();
+        auto bounds = alignmentBounds(shapes);
+        if (!bounds) return;
+        for (auto* shape : shapes) place(*shape, *bounds);
+    };
+}
+
+// Keeps the first and last shape in order of position and spaces those
+// between them with equal gaps; gaps may come out negative when the shapes
+// are wider than the room between the outer two.
+Edit distribute(double Shape::*position, double Shape::*size) {
+    return [position, size](DocumentState& doc, const MacroCall&) {
+        auto shapes = doc.selectedShapes();
+        if (shapes.size() < 3) return;
+        std::stable_sort(shapes.begin(), shapes.end(),
+                         [&](const Shape* a, const Shape* b) { return a->*position < b->*position; });
+        const Shape& first = *shapes.front();
+        const Shape& last = *shapes.back();
+        double occupied = 0;
+        for (const auto* shape : shapes) occupied += shape->*size;
+        const double gap = (last.*position + last.*size - first.*position - occupied) / double(shapes.size() - 1);
+        double at = first.*position + first.*size + gap;
+        for (std::size_t i = 1; i + 1 < shapes.size(); ++i) {
+            shapes[i]->*position = at;
+            at += shapes[i]->*size + gap;
+        }
+    };
+}
+
+Edit matchFirst(bool width, bool height) {
+    return [width, height](DocumentState& doc, const MacroCall&) {
+        auto shapes = doc.selectedShapes();
+        if (shapes.empty()) return;
+        const Shape first = *shapes.front();
+        for (auto* shape : shapes) {
+            if (width) shape->width = first.width;
+            if (height) shape->height = first.height;
+        }
+    };
+}
+
+}  // namespace
+
+void installDocumentMacros(Host& host) {
+    const std::pair<const char*, Edit> edits[] = {
+        {"ApplyFillColor", paint([](Shape& s, Rgb c) { s.fill = c; })},
+        {"ApplyBorderColor", paint([](Shape& s, Rgb c) { s.line = c; })},
+        {"ApplyFontColor", paint([](Shape& s, Rgb c) { s.font = c; })},
+        {"ClearFill", clear(&Shape::fill)},
+        {"ClearBorder", clear(&Shape::line)},
+        {"AlignLeft", align([](Shape& s, const Bounds& b) { s.left = b.left; })},
+        {"AlignRight", align([](Shape& s, const Bounds& b) { s.left = b.right - s.width; })},
+        {"AlignTop", align([](Shape& s, const Bounds& b) { s.top = b.top; })},
+        {"AlignBottom", align([](Shape& s, const Bounds& b) { s.top = b.bottom - s.height; })},
+        {"AlignCenter", align([](Shape& s, const Bounds& b) { s.left = (b.left + b.right - s.width) / 2; })},
+        {"AlignMiddle", align([](Shape& s, const Bounds& b) { s.top = (b.top + b.bottom - s.height) / 2; })},
+        {"DistributeHorizontally", distribute(&Shape::left, &Shape::width)},
+        {"DistributeVertically", distribute(&Shape::top, &Shape::height)},
+        {"SameHeight", matchFirst(false, true)},
+        {"SameWidth", matchFirst(true, false)},
+        {"SameSize", matchFirst(true, true)},
+    };
+    for (const auto& [name, edit] : edits) {
+        host.handleMacro(name, [&host, edit](const MacroCall& call) -> std::optional<std::string> {
+            host.document().with([&](DocumentState& doc) { edit(doc, call); });
+            return std::nullopt;
+        });
+    }
+    host.handleMacro("GetThemeColorsHexCsv", [&host](const MacroCall&) -> std::optional<std::string> {
+        return host.document().with([](DocumentState& doc) { return doc.themeText; });
+    });
+    host.handleMacro("CallTriggerAssistant", [&host](const MacroCall&) -> std::optional<std::string> {
+        std::string selected, others;
+        host.document().with([&](DocumentState& doc) {
+            selected = doc.selectedShapesJSON();
+            others = doc.otherShapesJSON();
+        });
+        // Outside the lock: the library may run macros of its own from here.
+        host.exports().triggerAssistant(selected.c_str(), others.c_str());
+        return std::nullopt;
+    });
+}
+
+}  // namespace velmora::host
