@@ -1,6 +1,9 @@
 #include "snapshot/Snapshot.h"
 
+#include <algorithm>
+
 #include "Host.h"
+#include "document/Document.h"
 #include "support/Text.h"
 
 namespace velmora::host {
@@ -8,6 +11,49 @@ namespace velmora::host {
 namespace {
 
 std::string px(double value) { return support::swiftDescription(value) + "px"; }
+
+constexpr double editorMargin = 24;
+constexpr double fontPoints = 18;    // the host's default body size
+constexpr double linePoints = 1;     // the model keeps no line weight
+constexpr double marginTop = 3.6, marginLeft = 7.2;
+
+std::string shapeElement(const Shape& shape, int order, double scale) {
+    const std::string kind(kindName(shape.kind));
+    std::string style = "left:" + px(shape.left * scale) + ";top:" + px(shape.top * scale) +
+                        ";width:" + px(shape.width * scale) + ";height:" + px(shape.height * scale) +
+                        ";color:" + shape.font.hex() + ";font-size:" + px(fontPoints * scale);
+    if (shape.rotation != 0) style += ";transform:rotate(" + support::swiftDescription(shape.rotation) + "deg)";
+    const std::string weight = px(std::max(1.0, linePoints * scale));
+    std::string inner;
+    if (shape.kind == ShapeKind::line) {
+        // Drawn from the top left corner to the bottom right one, as the model places a line.
+        const std::string w = support::swiftDescription(shape.width * scale), h = support::swiftDescription(shape.height * scale);
+        inner = "<svg width=\"" + w + "\" height=\"" + h + "\"><line x1=\"0\" y1=\"0\" x2=\"" + w + "\" y2=\"" + h +
+                "\" stroke=\"" + (shape.line ? shape.line->hex() : "none") + "\" stroke-width=\"" +
+                support::swiftDescription(std::max(1.0, linePoints * scale)) + "\"/></svg>";
+    } else {
+        style += ";background-color:" + (shape.fill ? shape.fill->hex() : std::string("transparent"));
+        style += shape.line ? ";border:" + weight + " solid " + shape.line->hex() : std::string(";border:none;border-color:transparent");
+        style += ";padding:" + px(marginTop * scale) + " " + px(marginLeft * scale);
+    }
+    if (!shape.text.empty() && shape.kind != ShapeKind::line) inner += "<span>" + support::htmlEscaped(shape.text) + "</span>";
+    return "<div class=\"host-shape host-" + kind + "\" data-shape=\"" + support::htmlEscaped(shape.name) +
+           "\" data-type=\"" + kind + "\"" +
+           (order ? " data-selected=\"1\" data-order=\"" + std::to_string(order) + "\"" : std::string()) +
+           " style=\"" + style + "\">" + inner + "</div>";
+}
+
+// The current slide at the largest scale that fits the editor with a margin.
+std::string slideElement(double editorWidth, double editorHeight) {
+    const auto doc = Host::instance().document().copy();
+    const double scale = std::max(0.0, std::min((editorWidth - 2 * editorMargin) / slideWidth,
+                                                (editorHeight - 2 * editorMargin) / slideHeight));
+    std::string html = "<div class=\"host-slide\" data-slide=\"" + std::to_string(doc.current + 1) + "\" data-scale=\"" +
+                       support::swiftDescription(scale) + "\" style=\"width:" + px(slideWidth * scale) + ";height:" +
+                       px(slideHeight * scale) + "\">";
+    for (const auto& shape : doc.currentSlide().shapes) html += "\n" + shapeElement(shape, doc.selectionOrder(shape.id), scale);
+    return html + "</div>";
+}
 
 }  // namespace
 
@@ -25,7 +71,12 @@ std::string snapshotPage() {
         ".host-split{position:relative;height:" + px(bounds.height) + ";overflow:hidden;}\n"
         ".host-view{position:absolute;}\n"
         ".host-editor{background:#e6e6e6;display:flex;align-items:center;justify-content:center;}\n"
-        ".host-slide{width:80%;aspect-ratio:16/9;background:#fff;box-shadow:0 1px 4px rgba(0,0,0,.3);}\n"
+        ".host-slide{position:relative;flex:none;aspect-ratio:16/9;background:#fff;box-shadow:0 1px 4px rgba(0,0,0,.3);}\n"
+        ".host-shape{position:absolute;box-sizing:border-box;display:flex;align-items:center;justify-content:center;"
+        "text-align:center;white-space:pre-wrap;overflow-wrap:anywhere;line-height:1.2;}\n"
+        ".host-ellipse{border-radius:50%;}\n"
+        ".host-line svg{position:absolute;left:0;top:0;overflow:visible;}\n"
+        ".host-shape[data-selected]{outline:2px dashed #1a73e8;outline-offset:3px;}\n"
         "</style></head>\n<body>\n<div class=\"host-window\" data-class=\"CUIDocumentShellWindow\">\n"
         "<div class=\"host-ribbon\"><span>Home</span><span>Insert</span><span>Design</span><span>Slide Show</span>"
         "<span class=\"tab-on\">Velmora</span></div>\n"
@@ -40,7 +91,7 @@ std::string snapshotPage() {
         page += "<div class=\"host-view" + std::string(editor ? " host-editor" : "") + "\" data-class=\"" +
                 support::htmlEscaped(view->className()) + "\" style=\"left:" + px(f.x) + ";top:" + px(f.y) + ";width:" +
                 px(f.width) + ";height:" + px(f.height) + "\">";
-        if (editor) page += "<div class=\"host-slide\"></div>";
+        if (editor) page += slideElement(f.width, f.height);
         if (auto text = firstTextField(view)) page += "<span data-label=\"" + support::htmlEscaped(*text) + "\">" + support::htmlEscaped(*text) + "</span>";
         page += "</div>\n";
     }
