@@ -1,5 +1,6 @@
 // The scenario commands that build the macro project's document: its theme,
-// its shapes, the selection and the current slide, and `show document`.
+// its shapes, the selection and the current slide, `show document`, and
+// `macro`, which sends a macro's script as the library would.
 
 #include <fmt/format.h>
 
@@ -8,6 +9,7 @@
 
 #include "Host.h"
 #include "Scenario.h"
+#include "platform/Platform.h"
 #include "document/Document.h"
 
 namespace velmora::host {
@@ -161,6 +163,32 @@ void themeCommand(const Arguments& a) {
     host.clearAnswer("GetThemeColorsHexCsv");
 }
 
+// Numbers go bare, as the library writes a tint; other words in double quotes.
+void macroCommand(const Arguments& a) {
+    const bool returning = a[0] == "return";
+    if (returning && a.size() != 2) throw ScenarioError("usage: macro return NAME (a returning call takes no parameters)");
+    const std::string& name = a[returning ? 1 : 0];
+    std::string command = "run VB macro macro name \"" + name + "\"";
+    if (!returning && a.size() > 1) {
+        command += " list of parameters {";
+        for (std::size_t i = 1; i < a.size(); ++i) {
+            if (i > 1) command += ", ";
+            command += finiteNumber(a[i]) ? a[i] : "\"" + a[i] + "\"";
+        }
+        command += "}";
+    }
+    if (returning) command = "return " + command;
+    auto& host = Host::instance();
+    auto outcome = host.connection()->ports->script->run("tell application \"Microsoft PowerPoint\"\n    " + command + "\nend tell");
+    if (outcome.error) {
+        host.emit(fmt::format("macro: error {} {}", outcome.error->number, outcome.error->message));
+    } else if (outcome.stringValue) {
+        host.emit("macro: answer '" + Host::oneLine(*outcome.stringValue) + "'");
+    } else {
+        host.emit("macro: no answer");
+    }
+}
+
 std::string describe(const Shape& shape, int order) {
     auto color = [](const std::optional<Rgb>& c) { return c ? c->hex() : std::string("none"); };
     return fmt::format("document: {} {} id={} {} left={} top={} width={} height={} rotation={} fill={} line={} font={} text='{}'",
@@ -188,6 +216,7 @@ void showDocument(const Arguments&) {
     registerCommand({"shape", "shape NAME KEY=VALUE...", 1, 64, shapeCommand}),
     registerCommand({"selectshapes", "selectshapes NAME...", 0, 1000, selectShapesCommand}),
     registerCommand({"slide", "slide N", 1, 1, slideCommand}),
+    registerCommand({"macro", "macro NAME [PARAMETER...] | macro return NAME", 1, 16, macroCommand}),
     registerShow({"document", "show document", 0, 0, showDocument}),
 };
 
