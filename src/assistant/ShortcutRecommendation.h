@@ -6,24 +6,14 @@
 // identifies its rows by it, which is what makes new rows glow.
 #pragma once
 
-#include <array>
-#include <cstdint>
 #include <string>
 #include <vector>
 
+#include "support/UUID.h"
+
 namespace velmora {
 
-// A random (version 4) UUID.
-struct RecommendationID {
-    std::array<std::uint8_t, 16> bytes{};
-
-    // A fresh random identity.
-    static RecommendationID random();
-    // The canonical 36-character form, upper-case: "1B4E28BA-2FA1-11D2-883F-B9A761BDE3FB".
-    std::string uuidString() const;
-
-    bool operator==(const RecommendationID&) const = default;
-};
+using RecommendationID = support::UUID;
 
 struct ShortcutRecommendation {
     RecommendationID id = RecommendationID::random();

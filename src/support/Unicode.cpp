@@ -1,0 +1,87 @@
+#include "support/Unicode.h"
+
+#include <unicode/brkiter.h>
+#include <unicode/uchar.h>
+#include <unicode/unistr.h>
+
+#include <memory>
+
+namespace velmora::support {
+
+namespace {
+
+icu::UnicodeString decode(std::string_view text) {
+    return icu::UnicodeString::fromUTF8(icu::StringPiece(text.data(), static_cast<int32_t>(text.size())));
+}
+
+std::string encode(const icu::UnicodeString& text) {
+    std::string out;
+    text.toUTF8String(out);
+    return out;
+}
+
+// Calls `visit(start, end)` for each character; false when ICU could not
+// give a break iterator (then nothing is visited).
+template <typename Visit>
+bool forEachCharacter(const icu::UnicodeString& text, Visit&& visit) {
+    UErrorCode status = U_ZERO_ERROR;
+    std::unique_ptr<icu::BreakIterator> breaks(icu::BreakIterator::createCharacterInstance(icu::Locale::getRoot(), status));
+    if (U_FAILURE(status) || !breaks) return false;
+    breaks->setText(text);
+    int32_t start = breaks->first();
+    for (int32_t end = breaks->next(); end != icu::BreakIterator::DONE; start = end, end = breaks->next()) {
+        visit(start, end);
+    }
+    return true;
+}
+
+bool isAlphanumeric(UChar32 c) { return (U_GET_GC_MASK(c) & (U_GC_L_MASK | U_GC_M_MASK | U_GC_N_MASK)) != 0; }
+
+}  // namespace
+
+std::size_t characterCount(std::string_view text) {
+    const auto decoded = decode(text);
+    std::size_t count = 0;
+    if (!forEachCharacter(decoded, [&](int32_t, int32_t) { ++count; })) {
+        return static_cast<std::size_t>(decoded.countChar32());
+    }
+    return count;
+}
+
+std::string trimNonAlphanumerics(std::string_view text) {
+    const auto decoded = decode(text);
+    int32_t start = 0, end = decoded.length();
+    while (start < end && !isAlphanumeric(decoded.char32At(start))) start = decoded.moveIndex32(start, 1);
+    while (end > start) {
+        const int32_t last = decoded.moveIndex32(end, -1);
+        if (isAlphanumeric(decoded.char32At(last))) break;
+        end = last;
+    }
+    return encode(decoded.tempSubStringBetween(start, end));
+}
+
+std::string uppercasedFully(std::string_view text) {
+    auto decoded = decode(text);
+    decoded.toUpper(icu::Locale::getRoot());
+    return encode(decoded);
+}
+
+std::vector<std::string> splitOmittingEmpty(std::string_view text, char separator) {
+    const auto decoded = decode(text);
+    std::vector<std::string> pieces;
+    int32_t pieceStart = 0;
+    auto flush = [&](int32_t pieceEnd) {
+        if (pieceEnd > pieceStart) pieces.push_back(encode(decoded.tempSubStringBetween(pieceStart, pieceEnd)));
+    };
+    const bool split = forEachCharacter(decoded, [&](int32_t start, int32_t end) {
+        if (end - start == 1 && decoded.charAt(start) == static_cast<char16_t>(separator)) {
+            flush(start);
+            pieceStart = end;
+        }
+    });
+    if (!split) return {encode(decoded)};
+    flush(decoded.length());
+    return pieces;
+}
+
+}  // namespace velmora::support

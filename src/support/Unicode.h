@@ -1,0 +1,32 @@
+// Text as the platform's string type sees it: characters are extended
+// grapheme clusters, and the character classes and case mappings are
+// Unicode's, whatever the process locale.
+//
+// Provides: characterCount(), trimNonAlphanumerics(), uppercasedFully(),
+// splitOmittingEmpty().
+// Input is UTF-8; an ill-formed sequence reads as U+FFFD, as the platform
+// repairs text it is handed. Pure; any thread.
+#pragma once
+
+#include <cstddef>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace velmora::support {
+
+// User-perceived characters: "é" written as e and a combining accent is one.
+std::size_t characterCount(std::string_view text);
+
+// Removes from both ends every code point that is not a letter, a mark or a
+// number ("#FF 00" -> "FF 00"); what lies between stays.
+std::string trimNonAlphanumerics(std::string_view text);
+
+// Full upper-case mapping: "ß" becomes "SS", the ligature "ﬀ" "FF".
+std::string uppercasedFully(std::string_view text);
+
+// The pieces between characters equal to `separator`, empty ones left out.
+// A separator that a combining mark joins is another character and does not split.
+std::vector<std::string> splitOmittingEmpty(std::string_view text, char separator);
+
+}  // namespace velmora::support
