@@ -26,9 +26,11 @@ struct PaneAccess {
     // The pane at its current frame as one self-contained HTML fragment
     // (its own <style>, images inlined), ready to place in a page.
     std::function<std::string()> html;
-    // Runs the action of the content node labelled or helped so; false when
-    // there is none.
-    std::function<bool(const std::string& labelOrHelp)> tap;
+    // Runs the action of the `occurrence`-th content node (from 1, in
+    // reading order) labelled or helped so; false when there is none.
+    std::function<bool(const std::string& labelOrHelp, int occurrence)> tap;
+    // Moves the pointer into (true) or out of such a node; false when there is none.
+    std::function<bool(const std::string& labelOrHelp, int occurrence, bool inside)> hover;
     // A drag on the resize handle: press, move `dx` points, release.
     std::function<void(double dx)> dragResizeHandle;
     // A click on the close button.

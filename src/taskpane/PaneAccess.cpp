@@ -13,6 +13,16 @@ std::shared_ptr<ui::HostingView> hostingContent(const TaskpaneView& pane) {
     return std::dynamic_pointer_cast<ui::HostingView>(pane.contentView());
 }
 
+std::shared_ptr<ui::HostingView> hostingOf(const std::weak_ptr<TaskpaneView>& weak) {
+    auto pane = weak.lock();
+    return pane ? hostingContent(*pane) : nullptr;
+}
+
+const ui::Node* nth(const std::vector<const ui::Node*>& nodes, int occurrence) {
+    if (occurrence < 1 || static_cast<std::size_t>(occurrence) > nodes.size()) return nullptr;
+    return nodes[static_cast<std::size_t>(occurrence) - 1];
+}
+
 }  // namespace
 
 std::vector<std::string> describePane(TaskpaneView& pane) {
@@ -47,17 +57,25 @@ platform::PaneAccess makePaneAccess(const std::shared_ptr<TaskpaneView>& pane) {
         auto p = weak.lock();
         return p ? paneHtml(*p) : std::string{};
     };
-    access.tap = [weak](const std::string& labelOrHelp) {
-        auto p = weak.lock();
-        if (!p) return false;
-        auto hosting = hostingContent(*p);
+    access.tap = [weak](const std::string& labelOrHelp, int occurrence) {
+        auto hosting = hostingOf(weak);
         if (!hosting) return false;
-        const ui::Node* node = ui::findActionable(hosting->tree(), labelOrHelp);
+        const ui::Node* node = nth(ui::findActionables(hosting->tree(), labelOrHelp), occurrence);
         if (!node) return false;
         // A copy: the action may rebuild the tree that holds it.
         auto action = node->action;
         platform::guarded("tap", action);
         // A tap may change view state; the view is rebuilt from it.
+        hosting->invalidate();
+        return true;
+    };
+    access.hover = [weak](const std::string& labelOrHelp, int occurrence, bool inside) {
+        auto hosting = hostingOf(weak);
+        if (!hosting) return false;
+        const ui::Node* node = nth(ui::findHoverables(hosting->tree(), labelOrHelp), occurrence);
+        if (!node) return false;
+        auto onHover = node->onHover;
+        platform::guarded("hover", [&] { onHover(inside); });
         hosting->invalidate();
         return true;
     };

@@ -44,6 +44,12 @@ public:
     // Times the body has been evaluated by update(); for tests.
     int updates() const { return updates_; }
 
+    // How the host's constraint system is to treat the view, as a toolkit
+    // host reads them; the pane frame lays the view out itself.
+    bool translatesAutoresizingMaskIntoConstraints = true;
+    double horizontalContentHuggingPriority = 250;
+    double horizontalCompressionResistancePriority = 750;
+
 private:
     void update();
 

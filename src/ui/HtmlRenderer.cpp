@@ -150,6 +150,17 @@ bool isShape(Kind kind) {
     return kind == Kind::rectangle || kind == Kind::roundedRectangle || kind == Kind::circle || kind == Kind::capsule;
 }
 
+bool isShapeLike(Kind kind) { return isShape(kind) || kind == Kind::line || kind == Kind::checkerboard; }
+
+const char* lineCap(LineCap cap) {
+    switch (cap) {
+        case LineCap::round: return "round";
+        case LineCap::square: return "square";
+        case LineCap::butt: break;
+    }
+    return "butt";
+}
+
 // The direction of the parent's flow, for spacers, dividers and fills.
 enum class Flow { none, column, row };
 
@@ -166,6 +177,8 @@ bool fillsWidth(const Node& n, Flow flow) {
         case Kind::rectangle:
         case Kind::roundedRectangle:
         case Kind::capsule:
+        case Kind::line:
+        case Kind::checkerboard:
             return true;
         case Kind::scroll: return true;
         case Kind::text:
@@ -186,11 +199,23 @@ bool fillsWidth(const Node& n, Flow flow) {
     return false;
 }
 
+bool fillsBoth(const Node& n) {
+    if (n.mod.frame.isSet()) return false;
+    if (isShapeLike(n.kind)) return true;
+    if (n.kind != Kind::zstack) return false;
+    for (const auto& child : n.children) {
+        if (fillsBoth(child)) return true;
+    }
+    return false;
+}
+
 void fillStyle(Flow flow, std::string& style) {
     if (flow == Flow::row) {
         style += "flex:1 1 auto;min-width:0;";
-    } else {
+    } else if (flow == Flow::column) {
         style += "align-self:stretch;";
+    } else {
+        style += "justify-self:stretch;";  // a layer of a layered stack
     }
 }
 
@@ -199,6 +224,20 @@ public:
     std::string out;
 
     void node(const Node& n, Flow flow) {
+        if ((isShapeLike(n.kind) || n.kind == Kind::divider) && !n.mod.padding.isZero()) {
+            // A padded shape is drawn inset in a box of its own, so its
+            // outline follows the smaller rectangle.
+            Node box;
+            box.kind = Kind::zstack;
+            box.mod = n.mod;
+            box.mod.foreground.reset();
+            Node shape = n;
+            shape.mod = Node::Modifiers{};
+            shape.mod.foreground = n.mod.foreground;
+            box.children.push_back(std::move(shape));
+            node(box, flow);
+            return;
+        }
         const auto& m = n.mod;
         const bool framed = m.frame.isSet();
         std::string outer;  // frame, background, border, clip, shadow, opacity, scale
@@ -221,6 +260,10 @@ public:
             } else if (contentFills) {
                 fillStyle(flow, inner);
             }
+            // Shapes take all the room offered, and so do layered stacks of them.
+            if (fillsBoth(content)) {
+                inner += "flex:1 1 auto;align-self:stretch;justify-self:stretch;min-width:0;min-height:0;";
+            }
         }
         if (m.background) decor += "background:" + cssColor(*m.background) + ";";
         if (m.border) {
@@ -233,7 +276,12 @@ public:
                      " " + cssColor(m.shadow->color) + ");";
         }
         if (m.opacity != 1) decor += "opacity:" + num(m.opacity) + ";";
-        if (m.scale != 1) decor += "transform:scale(" + num(m.scale) + ");";
+        if (m.scale != 1 || m.rotation != 0) {
+            decor += "transform:";
+            if (m.rotation != 0) decor += "rotate(" + num(m.rotation) + "deg)";
+            if (m.scale != 1) decor += (m.rotation != 0 ? " scale(" : "scale(") + num(m.scale) + ")";
+            decor += ";";
+        }
         // Text styles go on the outermost element so the whole node inherits them.
         std::string& text = framed ? outer : inner;
         if (m.font) {
@@ -281,16 +329,33 @@ private:
             }
         }
         if (isShape(n.kind)) {
-            style += "background:" + (n.mod.foreground ? cssColor(*n.mod.foreground) : std::string("currentColor")) + ";";
+            if (n.strokeStyle) {
+                // Half the line inside the edge, half outside, as a stroked path.
+                const std::string half = px(n.strokeStyle->width / 2);
+                const std::string color = cssColor(n.strokeStyle->color);
+                style += "background:transparent;box-shadow:inset 0 0 0 " + half + " " + color + ",0 0 0 " + half + " " +
+                         color + ";";
+            } else {
+                style += "background:" + (n.mod.foreground ? cssColor(*n.mod.foreground) : std::string("currentColor")) + ";";
+            }
             if (n.kind == Kind::roundedRectangle) style += "border-radius:" + px(n.shapeCornerRadius) + ";";
             if (n.kind == Kind::circle) style += "border-radius:50%;aspect-ratio:1;";
             if (n.kind == Kind::capsule) style += "border-radius:9999px;";
         }
+        if (n.kind == Kind::checkerboard) {
+            // Squares where row + column is even: the top left and bottom right
+            // quarters of each repeat of two tiles.
+            const std::string square = cssColor(colors::gray.opacity(0.22));
+            style += "background-color:#fff;background-image:repeating-conic-gradient(transparent 0 25%," + square +
+                     " 0 50%);background-size:" + px(2 * n.tile) + " " + px(2 * n.tile) + ";border-radius:" +
+                     px(n.shapeCornerRadius) + ";";
+        }
     }
 
     void frameStyle(const Frame& f, Flow flow, std::string& style) {
-        auto [justify, align] = placement(f.alignment);
-        style += std::string("justify-content:") + justify + ";align-items:" + align + ";";
+        // A frame is a column: its main axis is the vertical one.
+        auto [horizontal, vertical] = placement(f.alignment);
+        style += std::string("justify-content:") + vertical + ";align-items:" + horizontal + ";";
         if (f.width) style += "width:" + px(*f.width) + ";min-width:" + px(*f.width) + ";max-width:" + px(*f.width) + ";";
         if (f.height) {
             style += "height:" + px(*f.height) + ";min-height:" + px(*f.height) + ";max-height:" + px(*f.height) + ";";
@@ -453,9 +518,21 @@ private:
             case Kind::roundedRectangle:
             case Kind::circle:
             case Kind::capsule:
+            case Kind::checkerboard:
                 open("div", "v-shape", n, style);
                 out += "</div>";
                 break;
+            case Kind::line: {
+                open("div", "v-shape v-line", n, style);
+                const Stroke stroke = n.strokeStyle.value_or(Stroke{n.mod.foreground.value_or(colors::black), 1});
+                const std::string inset = px(n.lineInset);
+                out += "<svg class=\"v-line-svg\" style=\"left:" + inset + ";top:" + inset + ";width:calc(100% - 2 * " +
+                       inset + ");height:calc(100% - 2 * " + inset + ")\"><line x1=\"" + num(n.lineFrom.x * 100) +
+                       "%\" y1=\"" + num(n.lineFrom.y * 100) + "%\" x2=\"" + num(n.lineTo.x * 100) + "%\" y2=\"" +
+                       num(n.lineTo.y * 100) + "%\" stroke=\"" + cssColor(stroke.color) + "\" stroke-width=\"" +
+                       num(stroke.width) + "\" stroke-linecap=\"" + lineCap(stroke.cap) + "\"/></svg></div>";
+                break;
+            }
         }
     }
 };
@@ -498,6 +575,10 @@ const char* kStyleSheet = R"CSS(
 .v-popover-content { position: absolute; top: 100%; left: 0; z-index: 10; background: #fff;
   border-radius: 8px; box-shadow: 0 4px 16px rgba(0,0,0,0.25); }
 .v-shape { flex: 1 1 0; align-self: stretch; min-width: 0; min-height: 0; }
+.v-zstack > .v-shape { justify-self: stretch; align-self: stretch; }
+.v-zstack > .v-divider { justify-self: stretch; }
+.v-line { position: relative; }
+.v-line-svg { position: absolute; overflow: visible; }
 .v-view { position: absolute; overflow: hidden; }
 .v-textfield-view { display: flex; align-items: center; white-space: nowrap; overflow: hidden; text-overflow: ellipsis; }
 .v-hosting { display: flex; flex-direction: column; }

@@ -9,7 +9,7 @@ namespace velmora::ui {
 namespace {
 
 // Modifier stages, inside to outside.
-enum Stage { kPadding = 1, kFrame, kBackground, kBorder, kCornerRadius, kShadow, kOpacity, kScale };
+enum Stage { kPadding = 1, kFrame, kBackground, kBorder, kCornerRadius, kShadow, kOpacity, kTransform };
 
 // A modifier at `stage` can go on this node unless one further out was
 // already applied; `combines` lets a repeat of the same stage merge.
@@ -49,6 +49,8 @@ const char* kindName(Kind kind) {
         case Kind::roundedRectangle: return "roundedRectangle";
         case Kind::circle: return "circle";
         case Kind::capsule: return "capsule";
+        case Kind::line: return "line";
+        case Kind::checkerboard: return "checkerboard";
     }
     return "node";
 }
@@ -139,8 +141,19 @@ Node& Node::opacity(double value) & {
 }
 
 Node& Node::scale(double value) & {
-    prepare(*this, kScale, true);
+    prepare(*this, kTransform, true);
     mod.scale *= value;
+    return *this;
+}
+
+Node& Node::rotation(double degrees) & {
+    prepare(*this, kTransform, true);
+    mod.rotation += degrees;
+    return *this;
+}
+
+Node& Node::stroke(Color color, double width, LineCap cap) & {
+    strokeStyle = Stroke{color, width, cap};
     return *this;
 }
 
@@ -182,6 +195,11 @@ Node& Node::accessibilityId(std::string value) & {
 
 Node& Node::onAppearDo(std::function<void()> closure) & {
     onAppear = std::move(closure);
+    return *this;
+}
+
+Node& Node::onHoverDo(std::function<void(bool)> closure) & {
+    onHover = std::move(closure);
     return *this;
 }
 
@@ -310,6 +328,21 @@ Node roundedRectangle(double cornerRadius) {
 Node circle() { return make(Kind::circle); }
 Node capsule() { return make(Kind::capsule); }
 
+Node line(UnitPoint from, UnitPoint to, double inset) {
+    Node node = make(Kind::line);
+    node.lineFrom = from;
+    node.lineTo = to;
+    node.lineInset = inset;
+    return node;
+}
+
+Node checkerboard(double tile, double cornerRadius) {
+    Node node = make(Kind::checkerboard);
+    node.tile = tile;
+    node.shapeCornerRadius = cornerRadius;
+    return node;
+}
+
 // --- reading trees ----------------------------------------------------------------
 
 const Node* findNode(const Node& root, const std::function<bool(const Node&)>& match) {
@@ -339,23 +372,21 @@ const Node* findText(const Node& root, const std::string& string) {
 namespace {
 
 bool hasAction(const Node& node) { return static_cast<bool>(node.action); }
+bool hasHover(const Node& node) { return static_cast<bool>(node.onHover); }
 
-const Node* findActionableIn(const Node& node, const std::string& key) {
-    if (hasAction(node)) {
-        if (node.text == key || node.mod.help == key) return &node;
-        if (node.kind == Kind::button && node.text.empty() && findText(node, key)) return &node;
+void collectIn(const Node& node, const std::string& key, bool (*carries)(const Node&), std::vector<const Node*>& hits) {
+    if (carries(node)) {
+        if (node.text == key || node.mod.help == key ||
+            (node.kind == Kind::button && node.text.empty() && findText(node, key))) {
+            hits.push_back(&node);
+        }
     }
     if (node.kind == Kind::popover) {
-        if (!node.children.empty()) {
-            if (const Node* hit = findActionableIn(node.children[0], key)) return hit;
-        }
-        if (node.isOn && node.children.size() > 1) return findActionableIn(node.children[1], key);
-        return nullptr;
+        if (!node.children.empty()) collectIn(node.children[0], key, carries, hits);
+        if (node.isOn && node.children.size() > 1) collectIn(node.children[1], key, carries, hits);
+        return;
     }
-    for (const auto& child : node.children) {
-        if (const Node* hit = findActionableIn(child, key)) return hit;
-    }
-    return nullptr;
+    for (const auto& child : node.children) collectIn(child, key, carries, hits);
 }
 
 std::string number(double value) {
@@ -437,6 +468,14 @@ void describeInto(const Node& node, int depth, std::vector<std::string>& lines) 
         case Kind::roundedRectangle:
             line += " radius " + number(node.shapeCornerRadius);
             break;
+        case Kind::line:
+            line += " from " + number(node.lineFrom.x) + "," + number(node.lineFrom.y) + " to " + number(node.lineTo.x) +
+                    "," + number(node.lineTo.y);
+            if (node.lineInset != 0) line += " inset " + number(node.lineInset);
+            break;
+        case Kind::checkerboard:
+            line += " tile " + number(node.tile) + " radius " + number(node.shapeCornerRadius);
+            break;
         case Kind::toggle:
             line += node.isOn ? " on" : " off";
             break;
@@ -456,6 +495,11 @@ void describeInto(const Node& node, int depth, std::vector<std::string>& lines) 
         if (m.font->design != FontDesign::standard) line += std::string(" ") + designName(m.font->design);
     }
     if (m.foreground) line += " fg " + colorText(*m.foreground);
+    if (node.strokeStyle) {
+        line += " stroke " + colorText(node.strokeStyle->color) + " " + number(node.strokeStyle->width);
+        if (node.strokeStyle->cap == LineCap::round) line += " round";
+        if (node.strokeStyle->cap == LineCap::square) line += " square";
+    }
     if (m.lineLimit) line += " lines " + std::to_string(*m.lineLimit);
     if (node.resizable) line += node.aspectFit ? " fit" : " fill";
     if (!m.padding.isZero()) line += " padding " + edgesText(m.padding);
@@ -478,10 +522,12 @@ void describeInto(const Node& node, int depth, std::vector<std::string>& lines) 
     }
     if (m.opacity != 1) line += " opacity " + number(m.opacity);
     if (m.scale != 1) line += " scale " + number(m.scale);
+    if (m.rotation != 0) line += " rotation " + number(m.rotation);
     if (!m.help.empty()) line += " help " + support::quoted(m.help);
     // Identities are left out: rows carry fresh UUIDs, and the lines must stay comparable.
     if (!m.accessibilityIdentifier.empty()) line += " ax " + support::quoted(m.accessibilityIdentifier);
     if (node.action) line += " [action]";
+    if (node.onHover) line += " [hover]";
     lines.push_back(std::move(line));
     for (const auto& child : node.children) describeInto(child, depth + 1, lines);
 }
@@ -489,7 +535,20 @@ void describeInto(const Node& node, int depth, std::vector<std::string>& lines) 
 }  // namespace
 
 const Node* findActionable(const Node& root, const std::string& labelOrHelp) {
-    return findActionableIn(root, labelOrHelp);
+    auto hits = findActionables(root, labelOrHelp);
+    return hits.empty() ? nullptr : hits.front();
+}
+
+std::vector<const Node*> findActionables(const Node& root, const std::string& labelOrHelp) {
+    std::vector<const Node*> hits;
+    collectIn(root, labelOrHelp, hasAction, hits);
+    return hits;
+}
+
+std::vector<const Node*> findHoverables(const Node& root, const std::string& labelOrHelp) {
+    std::vector<const Node*> hits;
+    collectIn(root, labelOrHelp, hasHover, hits);
+    return hits;
 }
 
 std::vector<std::string> describeTree(const Node& root) {

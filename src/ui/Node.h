@@ -9,7 +9,8 @@
 //               drawn), symbol (system symbol by name), spacer, divider
 //   controls    button (label or content), toggle, textField, picker, menu,
 //               popover
-//   shapes      rectangle, roundedRectangle, circle, capsule
+//   shapes      rectangle, roundedRectangle, circle, capsule, line (between
+//               two unit points of its rectangle), checkerboard
 //
 // Modifiers are member functions that chain on both temporaries and named
 // nodes: text("Hi").font(14, FontWeight::semibold).padding(8).background(c).
@@ -18,14 +19,15 @@
 // opacity, scale. A modifier that would go inside one already applied (a
 // padding after a background, a second frame) wraps the node first in a
 // one-child layered stack (Kind::zstack) that carries the new modifier, so a
-// chain reads as in a declarative toolkit. Paddings and opacities that meet
+// chain reads as in a declarative toolkit. Rotation goes with scale, outermost. Paddings and opacities that meet
 // with nothing between them combine (sum, product). font, foreground,
 // lineLimit, help, identity, accessibilityIdentifier and the closures never
 // wrap; font and foreground colour are inherited by descendants that set
 // none.
 //
-// Closures (action, onEdit, onAppear) run on the main thread. A host invokes
-// an action by the node's label (text) or help text; see ui::findActionable.
+// Closures (action, onEdit, onAppear, onHover) run on the main thread. A
+// host invokes an action by the node's label (text) or help text, the N-th
+// of several in reading order; see ui::findActionables.
 // Timed behaviour (a glow, a flash) is view state changed by main-queue
 // timers (platform::mainAsyncAfter), and the view is rebuilt from it.
 #pragma once
@@ -53,12 +55,17 @@ namespace colors {
 inline constexpr Color clear{0, 0, 0, 0};
 inline constexpr Color black{0, 0, 0, 1};
 inline constexpr Color white{1, 1, 1, 1};
-// The platform's standard tints (light appearance).
+// The platform's standard tints, light appearance, as its published design
+// guidelines give them in sRGB (0-255 per channel).
 inline constexpr Color gray = Color::rgb255(142, 142, 147);
 inline constexpr Color red = Color::rgb255(255, 59, 48);
 inline constexpr Color green = Color::rgb255(52, 199, 89);
 inline constexpr Color blue = Color::rgb255(0, 122, 255);
 inline constexpr Color orange = Color::rgb255(255, 149, 0);
+inline constexpr Color yellow = Color::rgb255(255, 204, 0);
+inline constexpr Color purple = Color::rgb255(175, 82, 222);
+// Secondary label text: black at half strength.
+inline constexpr Color secondary{0, 0, 0, 0.5};
 // The add-in's accent, "#FE6B6B".
 inline constexpr Color subtleRed = Color::rgb255(254, 107, 107);
 }  // namespace colors
@@ -122,11 +129,25 @@ struct Border {
     double width = 1;
 };
 
+enum class LineCap { butt, round, square };
+
+// A shape drawn as its outline, centred on its edge, instead of filled.
+struct Stroke {
+    Color color = colors::black;
+    double width = 1;
+    LineCap cap = LineCap::butt;
+};
+
+// A point of a rectangle in shares of its size: (0, 0) top left, (1, 1) bottom right.
+struct UnitPoint {
+    double x = 0, y = 0;
+};
+
 enum class Kind {
     vstack, hstack, zstack, scroll, grid,
     text, image, symbol, spacer, divider,
     button, toggle, textField, picker, menu, popover,
-    rectangle, roundedRectangle, circle, capsule,
+    rectangle, roundedRectangle, circle, capsule, line, checkerboard,
 };
 
 // The printed name of a kind: "vstack", "roundedRectangle", ...
@@ -158,8 +179,12 @@ struct Node {
     bool resizable = false;
     bool aspectFit = true;  // with `resizable`: fit (true) or fill (false), proportions kept
 
-    // Shapes.
-    double shapeCornerRadius = 0;  // roundedRectangle
+    // Shapes. The fill is the foreground colour unless `strokeStyle` is set.
+    double shapeCornerRadius = 0;  // roundedRectangle, checkerboard
+    std::optional<Stroke> strokeStyle;
+    UnitPoint lineFrom, lineTo;  // line
+    double lineInset = 0;        // line: both ends moved this far inwards, in points
+    double tile = 0;             // checkerboard: side of one square
 
     // Controls.
     bool isOn = false;  // toggle: on; popover: presented; picker item: chosen
@@ -175,6 +200,7 @@ struct Node {
         std::optional<Shadow> shadow;
         double opacity = 1;
         double scale = 1;
+        double rotation = 0;  // degrees, clockwise, about the centre
         // Text and symbols; unset means inherited.
         std::optional<Font> font;
         std::optional<Color> foreground;  // text colour or shape fill
@@ -189,6 +215,7 @@ struct Node {
     std::function<void()> action;                    // button, toggle, menu/picker items
     std::function<void(const std::string&)> onEdit;  // textField
     std::function<void()> onAppear;                  // run by ui::HostingView when the node first shows
+    std::function<void(bool)> onHover;               // the pointer came in (true) or left (false)
 
     // --- modifiers (each also callable on a temporary) ---
     Node& padding(double length) &;
@@ -205,6 +232,8 @@ struct Node {
     Node& shadow(Color color, double radius, double x = 0, double y = 0) &;
     Node& opacity(double value) &;
     Node& scale(double value) &;
+    Node& rotation(double degrees) &;
+    Node& stroke(Color color, double width = 1, LineCap cap = LineCap::butt) &;
 
     Node& font(double size, FontWeight weight = FontWeight::regular, FontDesign design = FontDesign::standard) &;
     Node& foregroundColor(Color color) &;
@@ -214,6 +243,7 @@ struct Node {
     Node& id(std::string identity) &;
     Node& accessibilityId(std::string identifier) &;
     Node& onAppearDo(std::function<void()> closure) &;
+    Node& onHoverDo(std::function<void(bool)> closure) &;
 
 #define VELMORA_UI_RVALUE(name) \
     template <class... A>       \
@@ -229,6 +259,8 @@ struct Node {
     VELMORA_UI_RVALUE(shadow)
     VELMORA_UI_RVALUE(opacity)
     VELMORA_UI_RVALUE(scale)
+    VELMORA_UI_RVALUE(rotation)
+    VELMORA_UI_RVALUE(stroke)
     VELMORA_UI_RVALUE(font)
     VELMORA_UI_RVALUE(foregroundColor)
     VELMORA_UI_RVALUE(lineLimit)
@@ -237,6 +269,7 @@ struct Node {
     VELMORA_UI_RVALUE(id)
     VELMORA_UI_RVALUE(accessibilityId)
     VELMORA_UI_RVALUE(onAppearDo)
+    VELMORA_UI_RVALUE(onHoverDo)
 #undef VELMORA_UI_RVALUE
 
     // The modifier stage reached so far (see the header comment); internal.
@@ -277,6 +310,12 @@ Node rectangle();
 Node roundedRectangle(double cornerRadius);
 Node circle();
 Node capsule();
+// A straight line across its rectangle from `from` to `to`; draw it with stroke().
+Node line(UnitPoint from, UnitPoint to, double inset = 0);
+// White under squares of `tile` points in light grey wherever row + column
+// is even, counted from the top left: as many as ceil(width / tile) by
+// ceil(height / tile) cover the space offered.
+Node checkerboard(double tile, double cornerRadius);
 
 // --- reading trees ------------------------------------------------------------
 
@@ -285,10 +324,14 @@ const Node* findNode(const Node& root, const std::function<bool(const Node&)>& m
 // The first node with this text (label, string) and a kind of its own, or
 // nullptr. Useful in tests: findText(tree, "Suggested Shortcuts")->font->size.
 const Node* findText(const Node& root, const std::string& text);
-// The first node that carries a closure and whose label or help text is
+// The first node that carries an action and whose label or help text is
 // `labelOrHelp`. A button whose label is content counts when any text inside
 // it matches. Picker/menu items count; popover content only when presented.
 const Node* findActionable(const Node& root, const std::string& labelOrHelp);
+// Every such node, in reading order (depth first, parent before children).
+std::vector<const Node*> findActionables(const Node& root, const std::string& labelOrHelp);
+// The same for nodes that react to the pointer coming in or leaving.
+std::vector<const Node*> findHoverables(const Node& root, const std::string& labelOrHelp);
 
 // The tree as indented lines: "vstack spacing 10 padding 15/10/0/10", ...
 // Kinds, texts and the numbers that are set.

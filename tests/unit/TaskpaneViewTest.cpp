@@ -125,22 +125,33 @@ TEST_F(TaskpaneViewTest, SetContentViewReplacesAndFillsTheContainer) {
 TEST_F(TaskpaneViewTest, TheHostReachesThePaneThroughItsAccess) {
     auto pane = dockedPane();
     int taps = 0;
+    std::vector<bool> hovers;
     pane->setContentView(ui::HostingView::make([&](double) {
-        return ui::vstack({ui::text("Taps " + std::to_string(taps)), ui::button("Add", [&] { ++taps; })});
+        return ui::vstack({ui::text("Taps " + std::to_string(taps)), ui::button("Add", [&] { ++taps; }),
+                           ui::button("Add", [&] { taps += 10; }).onHoverDo([&](bool in) { hovers.push_back(in); })});
     }));
     const auto* access = fake.panes->accessFor(pane);
     ASSERT_NE(access, nullptr);
 
-    EXPECT_TRUE(access->tap("Add"));
-    EXPECT_FALSE(access->tap("Nothing"));
+    // Controls that share a label are told apart by their place in reading order.
+    EXPECT_TRUE(access->tap("Add", 2));
+    EXPECT_EQ(taps, 10);
+    EXPECT_TRUE(access->tap("Add", 1));
+    EXPECT_FALSE(access->tap("Add", 3));
+    EXPECT_FALSE(access->tap("Add", 0));
+    EXPECT_FALSE(access->tap("Nothing", 1));
+    EXPECT_TRUE(access->hover("Add", 1, true));  // the only one that reacts to the pointer
+    EXPECT_TRUE(access->hover("Add", 1, false));
+    EXPECT_FALSE(access->hover("Add", 2, true));
+    EXPECT_EQ(hovers, (std::vector<bool>{true, false}));
     auto lines = access->describe();
     ASSERT_GE(lines.size(), 3u);
     EXPECT_EQ(lines[0], "TaskpaneView \"Icons\" (300.0, 0.0, 250.0, 700.0) minWidth 250.0 constraint 250.0");
-    EXPECT_EQ(lines[2], "    text \"Taps 1\"");
+    EXPECT_EQ(lines[2], "    text \"Taps 11\"");
 
     const std::string html = access->html();
     EXPECT_NE(html.find("data-pane-title=\"Icons\""), std::string::npos);
-    EXPECT_NE(html.find("data-label=\"Taps 1\""), std::string::npos);
+    EXPECT_NE(html.find("data-label=\"Taps 11\""), std::string::npos);
 
     access->dragResizeHandle(-30);
     EXPECT_EQ(pane->frame().width, 265);
@@ -149,7 +160,7 @@ TEST_F(TaskpaneViewTest, TheHostReachesThePaneThroughItsAccess) {
 
     pane.reset();
     EXPECT_TRUE(access->describe().empty());  // the access holds the pane weakly
-    EXPECT_FALSE(access->tap("Add"));
+    EXPECT_FALSE(access->tap("Add", 1));
 }
 
 }  // namespace

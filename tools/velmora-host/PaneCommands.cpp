@@ -5,7 +5,9 @@
 //
 // Commands: `keywindow document|tool|none`, `open NAME`, `close TITLE`,
 // `drag TITLE DX`, `width TITLE W`, `flags MODS`, `tap TITLE LABEL`,
-// `snapshot FILE`; shows: `show panes`, `show pane TITLE`.
+// `hover TITLE LABEL in|out`, `snapshot FILE`; shows: `show panes`,
+// `show pane TITLE`. A control is named by its label or help text, and
+// `LABEL#N` names the N-th of several in reading order.
 // Panes are found as the library finds them, by a text field holding the
 // title inside a direct subview of the split view; what the host can do
 // with one comes from the access the library handed over when it made it.
@@ -89,6 +91,27 @@ std::uint64_t parseModifiers(const std::string& text) {
     return flags;
 }
 
+// "Apply Fill#5" names the fifth control so labelled; a name without a
+// number after its last '#' names the first.
+struct ControlName {
+    std::string label;
+    int occurrence = 1;
+};
+
+ControlName controlName(const std::string& text) {
+    const auto hash = text.rfind('#');
+    if (hash == std::string::npos || hash == 0 || hash + 1 == text.size()) return {text, 1};
+    const std::string digits = text.substr(hash + 1);
+    if (digits.size() > 6 || digits.find_first_not_of("0123456789") != std::string::npos) return {text, 1};
+    const int occurrence = std::stoi(digits);
+    if (occurrence < 1) throw ScenarioError("control numbers count from 1: '" + text + "'");
+    return {text.substr(0, hash), occurrence};
+}
+
+std::string notFound(const std::string& title, const std::string& control) {
+    return support::quoted(control) + " in " + support::quoted(title);
+}
+
 void callOpen(const std::string& name) {
     const auto& e = Host::instance().exports();
     static const std::map<std::string, void (*Exports::*)()> opens = {
@@ -150,11 +173,20 @@ void callOpen(const std::string& name) {
                          event.modifierFlags = parseModifiers(a[0]);
                          Host::instance().monitors().dispatch(event);
                      }}),
-    registerCommand({"tap", "tap TITLE LABEL", 2, 2,
+    registerCommand({"tap", "tap TITLE LABEL[#N]", 2, 2,
                      [](const Arguments& a) {
-                         if (!paneTitled(a[0]).second->tap(a[1])) {
-                             Host::instance().emit("tap: nothing labelled " + support::quoted(a[1]) + " in " +
-                                                   support::quoted(a[0]));
+                         const auto control = controlName(a[1]);
+                         if (!paneTitled(a[0]).second->tap(control.label, control.occurrence)) {
+                             Host::instance().emit("tap: nothing labelled " + notFound(a[0], a[1]));
+                         }
+                     }}),
+    registerCommand({"hover", "hover TITLE LABEL[#N] in|out", 3, 3,
+                     [](const Arguments& a) {
+                         if (a[2] != "in" && a[2] != "out") throw ScenarioError("hover takes in or out");
+                         const auto control = controlName(a[1]);
+                         if (!paneTitled(a[0]).second->hover(control.label, control.occurrence, a[2] == "in")) {
+                             Host::instance().emit("hover: nothing that follows the pointer labelled " +
+                                                   notFound(a[0], a[1]));
                          }
                      }}),
     registerCommand({"snapshot", "snapshot FILE", 1, 1,
