@@ -16,11 +16,9 @@ const char* flag(bool value) { return value ? "true" : "false"; }
 
 void openIconTaskpane() { platform::nslog("Icon: 🟢 Dylib loaded successfully"); }
 void openImageTaskpane() { platform::nslog("Icon: 🟢 Dylib loaded successfully"); }
-void openColorBarTaskpane() { platform::nslog("ColorBar: 🟢 Dylib loaded successfully"); }
 void openSlideLibraryTaskpane() { platform::nslog("Slide Library: 🟢 Dylib loaded successfully"); }
 void openTemplateLibraryTaskpane() { platform::nslog("Slide Library: 🟢 Dylib loaded successfully"); }
 void refreshSlideLibraryTaskpane() { platform::nslog("Slide Library: 🔄 Refresh requested from host code"); }
-void triggerColorThemeRefresh() { platform::nslog("ColorBar: 🎨 Theme refresh triggered from VBA"); }
 
 void initializeTablesOverlay(const char* rows, const char* columns, bool headerRow, bool headerColumn,
                              bool separatorLines, bool pasteContent, bool useReferenceShape) {

@@ -139,7 +139,9 @@ int runScenario(const std::string& text, const std::string& name, const std::str
             if (words.empty()) continue;
             if (echoCommands) host.emit("> " + line.substr(line.find_first_not_of(" \t")));
             runLine(words);
-            host.turnRunLoop();
+            // Background work finishes before the run loop turns, so each
+            // transcript has one order whatever the threads do.
+            host.settle();
         } catch (const ScenarioError& error) {
             std::cerr << "velmora-host: " << name << ":" << number << ": " << error.what() << "\n";
             return 2;
