@@ -59,6 +59,7 @@ ui::Node assistantShortcutRowView(const ShortcutRecommendation& shortcut, const 
     if (!shortcut.TimeSaved.empty()) {
         upper.push_back(text(shortcut.TimeSaved)
                             .font(11 * scale, FontWeight::semibold)
+                            .fixedSize()
                             .foregroundColor(colors::white)
                             .padding(Edge::horizontal, 8 * scale)
                             .padding(Edge::vertical, 2 * scale)

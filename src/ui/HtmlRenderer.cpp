@@ -320,6 +320,7 @@ private:
             default:
                 break;
         }
+        if (n.mod.fixedSize) style += "white-space:nowrap;flex-shrink:0;";
         if (n.mod.lineLimit) {
             if (*n.mod.lineLimit == 1) {
                 style += "white-space:nowrap;overflow:hidden;text-overflow:ellipsis;";

@@ -172,6 +172,11 @@ Node& Node::lineLimit(int lines) & {
     return *this;
 }
 
+Node& Node::fixedSize() & {
+    mod.fixedSize = true;
+    return *this;
+}
+
 Node& Node::makeResizable(bool fit) & {
     resizable = true;
     aspectFit = fit;
@@ -501,6 +506,7 @@ void describeInto(const Node& node, int depth, std::vector<std::string>& lines) 
         if (node.strokeStyle->cap == LineCap::square) line += " square";
     }
     if (m.lineLimit) line += " lines " + std::to_string(*m.lineLimit);
+    if (m.fixedSize) line += " fixed";
     if (node.resizable) line += node.aspectFit ? " fit" : " fill";
     if (!m.padding.isZero()) line += " padding " + edgesText(m.padding);
     const Frame& f = m.frame;

@@ -16,14 +16,14 @@
 // nodes: text("Hi").font(14, FontWeight::semibold).padding(8).background(c).
 // Within one node the layout modifiers apply from the inside out in a fixed
 // order: padding, frame, background, border, cornerRadius (clips), shadow,
-// opacity, scale. A modifier that would go inside one already applied (a
+// opacity, scale and rotation. A modifier that would go inside one already applied (a
 // padding after a background, a second frame) wraps the node first in a
 // one-child layered stack (Kind::zstack) that carries the new modifier, so a
 // chain reads as in a declarative toolkit. Rotation goes with scale, outermost. Paddings and opacities that meet
 // with nothing between them combine (sum, product). font, foreground,
 // lineLimit, help, identity, accessibilityIdentifier and the closures never
 // wrap; font and foreground colour are inherited by descendants that set
-// none.
+// none. fixedSize does not wrap either.
 //
 // Closures (action, onEdit, onAppear, onHover) run on the main thread. A
 // host invokes an action by the node's label (text) or help text, the N-th
@@ -205,6 +205,7 @@ struct Node {
         std::optional<Font> font;
         std::optional<Color> foreground;  // text colour or shape fill
         std::optional<int> lineLimit;
+        bool fixedSize = false;  // keeps its ideal size: never wraps, never shrinks
         // Descriptive.
         std::string help;
         std::string identity;  // stable identity among siblings
@@ -238,6 +239,7 @@ struct Node {
     Node& font(double size, FontWeight weight = FontWeight::regular, FontDesign design = FontDesign::standard) &;
     Node& foregroundColor(Color color) &;
     Node& lineLimit(int lines) &;
+    Node& fixedSize() &;
     Node& makeResizable(bool fit = true) &;
     Node& help(std::string text) &;
     Node& id(std::string identity) &;
@@ -264,6 +266,7 @@ struct Node {
     VELMORA_UI_RVALUE(font)
     VELMORA_UI_RVALUE(foregroundColor)
     VELMORA_UI_RVALUE(lineLimit)
+    VELMORA_UI_RVALUE(fixedSize)
     VELMORA_UI_RVALUE(makeResizable)
     VELMORA_UI_RVALUE(help)
     VELMORA_UI_RVALUE(id)
