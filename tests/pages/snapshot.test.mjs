@@ -6,14 +6,11 @@
 // VELMORA_ARTIFACTS: folder for the screenshot (default: a temporary folder).
 import { test, before, after } from 'node:test';
 import assert from 'node:assert/strict';
-import { execFileSync } from 'node:child_process';
-import { createServer } from 'node:http';
-import { mkdtempSync, mkdirSync, readFileSync, writeFileSync, rmSync } from 'node:fs';
+import { mkdtempSync, mkdirSync, readFileSync } from 'node:fs';
 import { tmpdir } from 'node:os';
 import path from 'node:path';
-import { chromium } from 'playwright-core';
+import { openSnapshot, pane as paneIn, box, style } from './harness.mjs';
 
-const host = process.env.VELMORA_HOST;
 const artifacts = process.env.VELMORA_ARTIFACTS || mkdtempSync(path.join(tmpdir(), 'velmora-artifacts-'));
 
 const shape = (id, left, top, height) =>
@@ -33,60 +30,17 @@ const scenario = [
   'snapshot snapshot.html',
 ].join('\n') + '\n';
 
-let work, server, origin, browser, page;
+let page, close;
 
 before(async () => {
-  assert.ok(host, 'set VELMORA_HOST to the velmora-host binary');
-  work = mkdtempSync(path.join(tmpdir(), 'velmora-pages-'));
-  writeFileSync(path.join(work, 'panes.scenario'), scenario);
-  const transcript = execFileSync(host, ['run', 'panes.scenario'], { cwd: work, encoding: 'utf8' });
-  assert.match(transcript, /^snapshot: \/.*\/snapshot\.html$/m);
-
-  // Same origin for the page and anything it asks for.
-  server = createServer((request, response) => {
-    const name = path.basename(new URL(request.url, 'http://127.0.0.1').pathname) || 'snapshot.html';
-    try {
-      const body = readFileSync(path.join(work, name));
-      response.writeHead(200, { 'content-type': 'text/html; charset=utf-8' });
-      response.end(body);
-    } catch {
-      response.writeHead(404);
-      response.end();
-    }
-  });
-  await new Promise((resolve) => server.listen(0, '127.0.0.1', resolve));
-  origin = `http://127.0.0.1:${server.address().port}`;
-
-  browser = await chromium.launch({
-    executablePath: '/usr/bin/chromium',
-    args: ['--headless', '--no-sandbox', '--disable-gpu', '--disable-quic', '--no-first-run',
-      '--disable-background-networking', '--disable-component-update', '--disable-sync'],
-  });
-  const context = await browser.newContext({ viewport: { width: 1320, height: 880 } });
-  // The panes' pages talk to the host through this bridge; record, never answer.
-  await context.addInitScript(() => {
-    window.__messages = [];
-    const handler = (name) => ({ postMessage: (body) => window.__messages.push({ name, body }) });
-    window.webkit = { messageHandlers: new Proxy({}, { get: (_, name) => handler(String(name)) }) };
-  });
-  page = await context.newPage();
-  await page.goto(`${origin}/snapshot.html`);
+  ({ page, close } = await openSnapshot(scenario));
 });
 
 after(async () => {
-  await browser?.close();
-  server?.close();
-  if (work) rmSync(work, { recursive: true, force: true });
+  await close?.();
 });
 
-const pane = (title) => page.locator(`[data-pane-title="${title}"]`);
-const box = async (locator) => {
-  const b = await locator.boundingBox();
-  assert.ok(b, 'element is laid out');
-  return b;
-};
-const style = (locator, property) =>
-  locator.evaluate((element, name) => getComputedStyle(element).getPropertyValue(name), property);
+const pane = (title) => paneIn(page, title);
 
 test('both panes are docked side by side with their titles', async () => {
   await assert.doesNotReject(pane('Velmora Assistant').waitFor());
@@ -123,6 +77,15 @@ test('assistant rows show with their header and key caps', async () => {
   const paneBox = await box(assistant);
   assert.ok(rowBox.x >= paneBox.x + 10 && rowBox.x + rowBox.width <= paneBox.x + paneBox.width - 10);
   await assert.doesNotReject(assistant.locator('[data-label="Missed Shortcuts"]').first().waitFor());
+});
+
+test('time badges stay on one line', async () => {
+  const badges = pane('Velmora Assistant').locator('[data-kind="text"]').filter({ hasText: /^[-+]\d+s$/ });
+  assert.ok((await badges.count()) > 0);
+  for (const badge of await badges.all()) {
+    const b = await box(badge);
+    assert.ok(b.height < 20 && b.width > b.height, `badge ${await badge.textContent()} is ${b.width}x${b.height}`);
+  }
 });
 
 test('the reference pane at 500 shows everything at twice the size but the chip spacing', async () => {
