@@ -6,29 +6,23 @@
 
 #include "bridge/MacroRunner.h"
 #include "platform/Platform.h"
+#include "support/Text.h"
 #include "support/Unicode.h"
 
 namespace velmora {
 
 namespace {
 
-int hexDigit(char c) {
-    if (c >= '0' && c <= '9') return c - '0';
-    if (c >= 'a' && c <= 'f') return c - 'a' + 10;
-    if (c >= 'A' && c <= 'F') return c - 'A' + 10;
-    return -1;
-}
-
 // A hex scan as the platform's scanner does it: an optional "0x", then every
 // leading digit; the value stays 0 when none is there. It saturates rather
 // than wraps, which no count the caller uses can reach.
 std::uint64_t scanHex(std::string_view text) {
-    if (text.size() > 2 && text[0] == '0' && (text[1] == 'x' || text[1] == 'X') && hexDigit(text[2]) >= 0) {
+    if (text.size() > 2 && text[0] == '0' && (text[1] == 'x' || text[1] == 'X') && support::hexDigitValue(text[2]) >= 0) {
         text.remove_prefix(2);
     }
     std::uint64_t value = 0;
     for (char c : text) {
-        const int digit = hexDigit(c);
+        const int digit = support::hexDigitValue(c);
         if (digit < 0) break;
         if (value > (UINT64_MAX >> 4)) return UINT64_MAX;
         value = value << 4 | static_cast<std::uint64_t>(digit);
@@ -47,7 +41,7 @@ std::optional<int> parseByte(std::string_view text) {
     if (text.empty()) return std::nullopt;
     int value = 0;
     for (char c : text) {
-        const int digit = hexDigit(c);
+        const int digit = support::hexDigitValue(c);
         if (digit < 0) return std::nullopt;
         value = value * 16 + digit;
     }

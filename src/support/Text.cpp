@@ -88,4 +88,11 @@ std::string_view trimWhitespace(std::string_view text) {
     return text.substr(first, last - first + 1);
 }
 
+int hexDigitValue(char c) {
+    if (c >= '0' && c <= '9') return c - '0';
+    if (c >= 'a' && c <= 'f') return c - 'a' + 10;
+    if (c >= 'A' && c <= 'F') return c - 'A' + 10;
+    return -1;
+}
+
 }  // namespace velmora::support

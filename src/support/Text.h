@@ -2,7 +2,7 @@
 // the log shows them, and locale-independent number formatting.
 //
 // Provides: swiftDescription(double), quoted(), arrayDescription(),
-// formatFixed(), trim helpers, lowercased().
+// formatFixed(), trim helpers, lowercased(), hexDigitValue().
 #pragma once
 
 #include <string>
@@ -26,6 +26,9 @@ std::string formatFixed(double value, int decimals);
 
 // The text with &, <, >, " and ' written as HTML entities.
 std::string htmlEscaped(std::string_view text);
+
+// The value of an ASCII hexadecimal digit, or -1 for any other byte.
+int hexDigitValue(char c);
 
 // Lower-cases ASCII letters and leaves every other byte as it is.
 std::string lowercased(std::string_view text);

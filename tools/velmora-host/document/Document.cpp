@@ -12,13 +12,6 @@ namespace velmora::host {
 
 namespace {
 
-int hexDigit(char c) {
-    if (c >= '0' && c <= '9') return c - '0';
-    if (c >= 'a' && c <= 'f') return c - 'a' + 10;
-    if (c >= 'A' && c <= 'F') return c - 'A' + 10;
-    return -1;
-}
-
 std::uint8_t channel(double value) { return static_cast<std::uint8_t>(std::lround(std::clamp(value, 0.0, 255.0))); }
 
 // Whole numbers go out as integers, as the macro project's JSON writes them.
@@ -75,7 +68,7 @@ std::optional<Rgb> parseHexColor(std::string_view text) {
     if (text.size() != 3 && text.size() != 6) return std::nullopt;
     std::array<int, 6> digits{};
     for (std::size_t i = 0; i < text.size(); ++i) {
-        digits[i] = hexDigit(text[i]);
+        digits[i] = support::hexDigitValue(text[i]);
         if (digits[i] < 0) return std::nullopt;
     }
     if (text.size() == 3) {
