@@ -45,6 +45,10 @@ TEST(ColorWithHex, BranchesOnTheCharacterCountNotOnTheDigitsRead) {
     expectColor(colorWithHex("1o\u03012"), 0, 0, 17);
     // A blank inside stays and counts.
     expectColor(colorWithHex("F F"), 0, 0, 255);
+    // Bytes that are no UTF-8 read as replacement characters: trimmed at the
+    // ends like any symbol, counted inside.
+    expectColor(colorWithHex("\xFF\xFE" "ABC\xC3"), 0xA * 17, 0xB * 17, 0xC * 17);
+    expectColor(colorWithHex("A\xC3" "B"), 0, 0, 0xA * 17);
 }
 
 TEST(Adjust, MovesOnlyTheLightnessTowardsWhiteOrBlack) {
@@ -95,6 +99,7 @@ TEST(HexToColor, AcceptsExactlySixDigitsBetweenHashes) {
     // Upper-casing comes first and may lengthen the text: the ligature "ﬀ" is "FF".
     expectColor(*hexToColor("ABCD\uFB00"), 0xAB, 0xCD, 0xFF);
     EXPECT_FALSE(hexToColor("ABC\u00DF"));  // "ß" becomes "SS"
+    EXPECT_FALSE(hexToColor("ABCDE\xFF"));
 }
 
 TEST(Luminance, FollowsTheStandardAndTreatsBadTextAsMidGrey) {
