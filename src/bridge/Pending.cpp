@@ -2,33 +2,16 @@
 // line it opens with and does nothing more. A subsystem that lands moves its
 // entry point out of this file.
 
-#include <string>
-
 #include "bridge/Exports.h"
-#include "bridge/MacroRunner.h"
 #include "platform/Platform.h"
 
 namespace velmora {
-
-namespace {
-const char* flag(bool value) { return value ? "true" : "false"; }
-}  // namespace
 
 void openIconTaskpane() { platform::nslog("Icon: 🟢 Dylib loaded successfully"); }
 void openImageTaskpane() { platform::nslog("Icon: 🟢 Dylib loaded successfully"); }
 void openSlideLibraryTaskpane() { platform::nslog("Slide Library: 🟢 Dylib loaded successfully"); }
 void openTemplateLibraryTaskpane() { platform::nslog("Slide Library: 🟢 Dylib loaded successfully"); }
 void refreshSlideLibraryTaskpane() { platform::nslog("Slide Library: 🔄 Refresh requested from host code"); }
-
-void initializeTablesOverlay(const char* rows, const char* columns, bool headerRow, bool headerColumn,
-                             bool separatorLines, bool pasteContent, bool useReferenceShape) {
-    platform::nslog(std::string("Initializing Table Builder with rows: ") + (rows ? rows : "") +
-                    ", columns: " + (columns ? columns : "") + ", headerRow: " + flag(headerRow) +
-                    ", headerColumn: " + flag(headerColumn) + ", separatorLines: " + flag(separatorLines) +
-                    ", pasteContent: " + flag(pasteContent) + ", useReferenceShape: " + flag(useReferenceShape));
-}
-
-void initializeLinesOverlay() { platform::nslog("Velmora Lines: toggling"); }
 
 void initializeTaggingOverlay(const char*) {}
 

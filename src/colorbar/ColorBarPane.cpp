@@ -13,8 +13,6 @@ using namespace ui;
 using M = ColorBarMetrics;
 
 const Color defaultBorder = colors::gray.opacity(0.4);
-// The platform's caption text size.
-constexpr double captionSize = 10;
 
 Node slash() { return line({0, 1}, {1, 0}, 2).stroke(colors::red.opacity(0.85), 2, LineCap::round); }
 

@@ -1,9 +1,10 @@
 // Pane host port: how a host that draws nothing itself looks at the panes
 // the library docks and acts on them as a user would.
 //
-// Provides: PaneAccess, PaneHostPort (pane hand-over, named colours).
+// Provides: PaneAccess, PaneHostPort (pane and window hand-over, named colours).
 // The library hands over one PaneAccess for each pane it makes, together
-// with the pane's view (the view the host finds in its split view). The
+// with the pane's view (the view the host finds in its split view), and one
+// for each floating window it makes. The
 // closures hold the pane weakly: once the pane is dropped they do nothing
 // and give empty results. Main thread only. A host with no use for them
 // (a real toolkit draws and clicks panes itself) ignores the calls.
@@ -31,9 +32,14 @@ struct PaneAccess {
     std::function<bool(const std::string& labelOrHelp, int occurrence)> tap;
     // Moves the pointer into (true) or out of such a node; false when there is none.
     std::function<bool(const std::string& labelOrHelp, int occurrence, bool inside)> hover;
-    // A drag on the resize handle: press, move `dx` points, release.
+    // Replaces the text of the `occurrence`-th text field with that
+    // placeholder or help text; false when there is none.
+    std::function<bool(const std::string& labelOrHelp, int occurrence, const std::string& text)> type;
+    // Presses the default button (Return); false when there is none.
+    std::function<bool()> pressDefault;
+    // A drag on the resize handle: press, move `dx` points, release. Panes only.
     std::function<void(double dx)> dragResizeHandle;
-    // A click on the close button.
+    // A click on the close button (a window's close box).
     std::function<void()> pressClose;
 };
 
@@ -41,6 +47,11 @@ class PaneHostPort {
 public:
     virtual ~PaneHostPort() = default;
     virtual void paneCreated(const std::shared_ptr<View>& pane, PaneAccess access) = 0;
+    // The same for a floating window the library made; `dragResizeHandle` is empty.
+    virtual void windowCreated(const std::shared_ptr<ToolWindow>& window, PaneAccess access) {
+        (void)window;
+        (void)access;
+    }
     // A colour of the host's own catalogue by name, as sRGB red, green,
     // blue and opacity (0...1); nothing when the host has none of that name.
     virtual std::optional<std::array<double, 4>> namedColor(const std::string& name) const {

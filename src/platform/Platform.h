@@ -116,6 +116,9 @@ inline void paneCreated(const std::shared_ptr<View>& pane, PaneAccess access) {
     // Optional: a platform assembled by hand may leave it out.
     if (auto& panes = get().panes) panes->paneCreated(pane, std::move(access));
 }
+inline void windowCreated(const std::shared_ptr<ToolWindow>& window, PaneAccess access) {
+    if (auto& panes = get().panes) panes->windowCreated(window, std::move(access));
+}
 inline std::optional<std::array<double, 4>> namedColor(const std::string& name) {
     auto& panes = get().panes;
     return panes ? panes->namedColor(name) : std::nullopt;

@@ -1,9 +1,11 @@
 // Views port: the host's windows and view tree.
 //
-// Provides: Rect, View, Window, ViewsPort.
+// Provides: Rect, Size, View, Window, ActivationPolicy, WindowStyle,
+// ToolWindow, ViewsPort.
 // A view has a class name, an ordered list of subviews and a frame; a text
 // field is a view that also has a string value. Views are shared objects:
-// the parent holds its subviews. Used on the main thread only.
+// the parent holds its subviews. The library also makes floating windows of
+// its own (ToolWindow). Used on the main thread only.
 #pragma once
 
 #include <memory>
@@ -20,6 +22,11 @@ struct Rect {
 
 // "(x, y, width, height)", as a frame is printed.
 std::string describe(const Rect& rect);
+
+struct Size {
+    double width = 0, height = 0;
+    bool operator==(const Size&) const = default;
+};
 
 // The tree links live in the base, so views made by the host and views made
 // by the library hang in one tree; an adapter over a real toolkit overrides
@@ -85,6 +92,37 @@ public:
     virtual bool isVisible() const = 0;
 };
 
+// The application's activation policy, with the platform's raw values.
+enum class ActivationPolicy { regular = 0, accessory = 1, prohibited = 2 };
+
+// The style mask of a window the library makes.
+struct WindowStyle {
+    bool titled = true;
+    bool closable = true;
+};
+
+// A floating window the library makes. It starts hidden; ordering it front
+// shows it and makes it key, closing hides it and hands the key status back.
+// The window levels are the platform's: 0 normal, 3 floating above documents.
+class ToolWindow : public Window {
+public:
+    virtual std::string title() const = 0;
+    virtual void setTitle(const std::string& title) = 0;
+    virtual void setTitlebarAppearsTransparent(bool transparent) = 0;
+    virtual void setOpaque(bool opaque) = 0;
+    // The platform's window background colour at this opacity.
+    virtual void setBackgroundAlpha(double alpha) = 0;
+    virtual int level() const = 0;
+    virtual void setLevel(int level) = 0;
+    virtual void setContentView(std::shared_ptr<View> view) = 0;
+    virtual Size contentSize() const = 0;
+    virtual void setContentSize(Size size) = 0;
+    // Centres the window on the screen.
+    virtual void center() = 0;
+    virtual void makeKeyAndOrderFront() = 0;
+    virtual void close() = 0;
+};
+
 class ViewsPort {
 public:
     virtual ~ViewsPort() = default;
@@ -94,6 +132,10 @@ public:
     // A plain view of the given class, and a text field, made by the host.
     virtual std::shared_ptr<View> makeView(const std::string& className, const Rect& frame) = 0;
     virtual std::shared_ptr<View> makeTextField(const std::string& text) = 0;
+    // A hidden window with a content area of the given size.
+    virtual std::shared_ptr<ToolWindow> makeWindow(Size contentSize, WindowStyle style) = 0;
+    virtual void setActivationPolicy(ActivationPolicy policy) = 0;
+    virtual void activateIgnoringOtherApps(bool flag) = 0;
 };
 
 }  // namespace velmora::platform

@@ -46,19 +46,10 @@ std::string paneHtml(TaskpaneView& pane) {
            ui::renderView(pane) + "</div>";
 }
 
-platform::PaneAccess makePaneAccess(const std::shared_ptr<TaskpaneView>& pane) {
-    std::weak_ptr<TaskpaneView> weak = pane;
+platform::PaneAccess makeContentAccess(std::function<std::shared_ptr<ui::HostingView>()> hostingOf) {
     platform::PaneAccess access;
-    access.describe = [weak] {
-        auto p = weak.lock();
-        return p ? describePane(*p) : std::vector<std::string>{};
-    };
-    access.html = [weak] {
-        auto p = weak.lock();
-        return p ? paneHtml(*p) : std::string{};
-    };
-    access.tap = [weak](const std::string& labelOrHelp, int occurrence) {
-        auto hosting = hostingOf(weak);
+    access.tap = [hostingOf](const std::string& labelOrHelp, int occurrence) {
+        auto hosting = hostingOf();
         if (!hosting) return false;
         const ui::Node* node = nth(ui::findActionables(hosting->tree(), labelOrHelp), occurrence);
         if (!node) return false;
@@ -69,8 +60,8 @@ platform::PaneAccess makePaneAccess(const std::shared_ptr<TaskpaneView>& pane) {
         hosting->invalidate();
         return true;
     };
-    access.hover = [weak](const std::string& labelOrHelp, int occurrence, bool inside) {
-        auto hosting = hostingOf(weak);
+    access.hover = [hostingOf](const std::string& labelOrHelp, int occurrence, bool inside) {
+        auto hosting = hostingOf();
         if (!hosting) return false;
         const ui::Node* node = nth(ui::findHoverables(hosting->tree(), labelOrHelp), occurrence);
         if (!node) return false;
@@ -78,6 +69,40 @@ platform::PaneAccess makePaneAccess(const std::shared_ptr<TaskpaneView>& pane) {
         platform::guarded("hover", [&] { onHover(inside); });
         hosting->invalidate();
         return true;
+    };
+    access.type = [hostingOf](const std::string& label, int occurrence, const std::string& text) {
+        auto hosting = hostingOf();
+        if (!hosting) return false;
+        const ui::Node* node = nth(ui::findEditables(hosting->tree(), label), occurrence);
+        if (!node) return false;
+        auto onEdit = node->onEdit;
+        platform::guarded("type", [&] { onEdit(text); });
+        hosting->invalidate();
+        return true;
+    };
+    access.pressDefault = [hostingOf] {
+        auto hosting = hostingOf();
+        if (!hosting) return false;
+        const ui::Node* node = ui::findDefaultAction(hosting->tree());
+        if (!node) return false;
+        auto action = node->action;
+        platform::guarded("default button", action);
+        if (auto still = hostingOf()) still->invalidate();
+        return true;
+    };
+    return access;
+}
+
+platform::PaneAccess makePaneAccess(const std::shared_ptr<TaskpaneView>& pane) {
+    std::weak_ptr<TaskpaneView> weak = pane;
+    platform::PaneAccess access = makeContentAccess([weak] { return hostingOf(weak); });
+    access.describe = [weak] {
+        auto p = weak.lock();
+        return p ? describePane(*p) : std::vector<std::string>{};
+    };
+    access.html = [weak] {
+        auto p = weak.lock();
+        return p ? paneHtml(*p) : std::string{};
     };
     access.dragResizeHandle = [weak](double dx) {
         auto p = weak.lock();

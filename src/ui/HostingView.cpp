@@ -2,6 +2,8 @@
 
 #include <vector>
 
+#include "ui/Measure.h"
+
 namespace velmora::ui {
 
 namespace {
@@ -39,6 +41,8 @@ void HostingView::layout() {
 }
 
 void HostingView::invalidate() { update(); }
+
+platform::Size HostingView::fittingSize() const { return idealSize(body_ ? body_(frame().width) : Node{}); }
 
 const Node& HostingView::tree() {
     if (!built_) update();

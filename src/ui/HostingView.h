@@ -41,6 +41,8 @@ public:
     const Node& tree();
     // Builds the tree at another width without touching the current one.
     Node treeAt(double width) const { return body_(width); }
+    // The size the tree asks for at the current width (see ui/Measure.h).
+    platform::Size fittingSize() const;
     // Times the body has been evaluated by update(); for tests.
     int updates() const { return updates_; }
 
@@ -49,6 +51,8 @@ public:
     bool translatesAutoresizingMaskIntoConstraints = true;
     double horizontalContentHuggingPriority = 250;
     double horizontalCompressionResistancePriority = 750;
+    // Follows its parent's width and height (the autoresizing mask).
+    bool autoresizesWithParent = false;
 
 private:
     void update();

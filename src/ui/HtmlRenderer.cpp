@@ -150,7 +150,32 @@ bool isShape(Kind kind) {
     return kind == Kind::rectangle || kind == Kind::roundedRectangle || kind == Kind::circle || kind == Kind::capsule;
 }
 
-bool isShapeLike(Kind kind) { return isShape(kind) || kind == Kind::line || kind == Kind::checkerboard; }
+bool isShapeLike(Kind kind) {
+    return isShape(kind) || kind == Kind::line || kind == Kind::checkerboard || kind == Kind::path;
+}
+
+// SVG path data; ellipses as two arcs.
+std::string pathData(const std::vector<PathElement>& elements) {
+    std::string d;
+    auto n = [](double v) { return support::swiftDescription(v); };
+    for (const auto& e : elements) {
+        switch (e.kind) {
+            case PathElement::Kind::move: d += "M" + n(e.x) + " " + n(e.y) + " "; break;
+            case PathElement::Kind::line: d += "L" + n(e.x) + " " + n(e.y) + " "; break;
+            case PathElement::Kind::close: d += "Z "; break;
+            case PathElement::Kind::rect:
+                d += "M" + n(e.x) + " " + n(e.y) + " h" + n(e.width) + " v" + n(e.height) + " h" + n(-e.width) + " Z ";
+                break;
+            case PathElement::Kind::ellipse: {
+                const double rx = e.width / 2, ry = e.height / 2;
+                d += "M" + n(e.x) + " " + n(e.y + ry) + " a" + n(rx) + " " + n(ry) + " 0 1 0 " + n(e.width) + " 0 a" + n(rx) +
+                     " " + n(ry) + " 0 1 0 " + n(-e.width) + " 0 Z ";
+                break;
+            }
+        }
+    }
+    return d;
+}
 
 const char* lineCap(LineCap cap) {
     switch (cap) {
@@ -276,11 +301,12 @@ public:
                      " " + cssColor(m.shadow->color) + ");";
         }
         if (m.opacity != 1) decor += "opacity:" + num(m.opacity) + ";";
-        if (m.scale != 1 || m.rotation != 0) {
-            decor += "transform:";
-            if (m.rotation != 0) decor += "rotate(" + num(m.rotation) + "deg)";
-            if (m.scale != 1) decor += (m.rotation != 0 ? " scale(" : "scale(") + num(m.scale) + ")";
-            decor += ";";
+        if (m.scale != 1 || m.rotation != 0 || m.offsetX != 0 || m.offsetY != 0) {
+            std::string transform;
+            if (m.offsetX != 0 || m.offsetY != 0) transform += "translate(" + px(m.offsetX) + "," + px(m.offsetY) + ") ";
+            if (m.rotation != 0) transform += "rotate(" + num(m.rotation) + "deg) ";
+            if (m.scale != 1) transform += "scale(" + num(m.scale) + ")";
+            decor += "transform:" + transform + ";";
         }
         // Text styles go on the outermost element so the whole node inherits them.
         std::string& text = framed ? outer : inner;
@@ -321,6 +347,7 @@ private:
                 break;
         }
         if (n.mod.fixedSize) style += "white-space:nowrap;flex-shrink:0;";
+        if (n.mod.animation) style += "transition:all " + num(*n.mod.animation) + "s ease-in-out;";
         if (n.mod.lineLimit) {
             if (*n.mod.lineLimit == 1) {
                 style += "white-space:nowrap;overflow:hidden;text-overflow:ellipsis;";
@@ -403,6 +430,7 @@ private:
         }
         if (n.action || n.onEdit) a += " data-action=\"1\"";
         if (n.isOn) a += " data-on=\"1\"";
+        if (n.isDefaultAction) a += " data-default=\"1\"";
         return a;
     }
 
@@ -480,6 +508,12 @@ private:
                 out += "</button>";
                 break;
             case Kind::toggle:
+                if (!n.children.empty()) {
+                    open("div", "v-toggle", n, style);
+                    children(n, Flow::row);
+                    out += "</div>";
+                    break;
+                }
                 open("label", "v-toggle", n, style);
                 out += std::string("<input type=\"checkbox\"") + (n.isOn ? " checked" : "") + "><span>" +
                        support::htmlEscaped(n.text) + "</span></label>";
@@ -523,6 +557,20 @@ private:
                 open("div", "v-shape", n, style);
                 out += "</div>";
                 break;
+            case Kind::path: {
+                open("div", "v-shape v-line", n, style);
+                const std::string fill = n.strokeStyle ? "none" : cssColor(n.mod.foreground.value_or(colors::black));
+                std::string stroke = "none", width = "0";
+                if (n.strokeStyle) {
+                    stroke = cssColor(n.strokeStyle->color);
+                    width = num(n.strokeStyle->width);
+                }
+                out += "<svg class=\"v-line-svg\" style=\"left:0;top:0;width:100%;height:100%\" viewBox=\"0 0 " +
+                       num(n.pathWidth) + " " + num(n.pathHeight) + "\" preserveAspectRatio=\"none\"><path d=\"" +
+                       pathData(n.pathElements) + "\" fill=\"" + fill + "\" stroke=\"" + stroke + "\" stroke-width=\"" +
+                       width + "\" vector-effect=\"non-scaling-stroke\"/></svg></div>";
+                break;
+            }
             case Kind::line: {
                 open("div", "v-shape v-line", n, style);
                 const Stroke stroke = n.strokeStyle.value_or(Stroke{n.mod.foreground.value_or(colors::black), 1});

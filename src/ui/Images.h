@@ -8,7 +8,7 @@
 namespace velmora::ui {
 
 // What the platform's image loader accepts: a file readable through the
-// files port whose first bytes name a known image format. Panes show their
+// files port whose first bytes name a known image format, or an SVG document. Panes show their
 // fallback symbol for anything else.
 bool canLoadImage(const std::string& path);
 

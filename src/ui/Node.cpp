@@ -51,6 +51,7 @@ const char* kindName(Kind kind) {
         case Kind::capsule: return "capsule";
         case Kind::line: return "line";
         case Kind::checkerboard: return "checkerboard";
+        case Kind::path: return "path";
     }
     return "node";
 }
@@ -152,6 +153,13 @@ Node& Node::rotation(double degrees) & {
     return *this;
 }
 
+Node& Node::offset(double x, double y) & {
+    prepare(*this, kTransform, true);
+    mod.offsetX += x;
+    mod.offsetY += y;
+    return *this;
+}
+
 Node& Node::stroke(Color color, double width, LineCap cap) & {
     strokeStyle = Stroke{color, width, cap};
     return *this;
@@ -174,6 +182,16 @@ Node& Node::lineLimit(int lines) & {
 
 Node& Node::fixedSize() & {
     mod.fixedSize = true;
+    return *this;
+}
+
+Node& Node::animation(double seconds) & {
+    mod.animation = seconds;
+    return *this;
+}
+
+Node& Node::defaultAction() & {
+    isDefaultAction = true;
     return *this;
 }
 
@@ -341,6 +359,14 @@ Node line(UnitPoint from, UnitPoint to, double inset) {
     return node;
 }
 
+Node path(std::vector<PathElement> elements, double width, double height) {
+    Node node = make(Kind::path);
+    node.pathElements = std::move(elements);
+    node.pathWidth = width;
+    node.pathHeight = height;
+    return node;
+}
+
 Node checkerboard(double tile, double cornerRadius) {
     Node node = make(Kind::checkerboard);
     node.tile = tile;
@@ -481,6 +507,10 @@ void describeInto(const Node& node, int depth, std::vector<std::string>& lines) 
         case Kind::checkerboard:
             line += " tile " + number(node.tile) + " radius " + number(node.shapeCornerRadius);
             break;
+        case Kind::path:
+            line += " box " + number(node.pathWidth) + "x" + number(node.pathHeight) + " elements " +
+                    std::to_string(node.pathElements.size());
+            break;
         case Kind::toggle:
             line += node.isOn ? " on" : " off";
             break;
@@ -507,6 +537,8 @@ void describeInto(const Node& node, int depth, std::vector<std::string>& lines) 
     }
     if (m.lineLimit) line += " lines " + std::to_string(*m.lineLimit);
     if (m.fixedSize) line += " fixed";
+    if (m.animation) line += " animation " + number(*m.animation);
+    if (node.isDefaultAction) line += " default";
     if (node.resizable) line += node.aspectFit ? " fit" : " fill";
     if (!m.padding.isZero()) line += " padding " + edgesText(m.padding);
     const Frame& f = m.frame;
@@ -529,6 +561,7 @@ void describeInto(const Node& node, int depth, std::vector<std::string>& lines) 
     if (m.opacity != 1) line += " opacity " + number(m.opacity);
     if (m.scale != 1) line += " scale " + number(m.scale);
     if (m.rotation != 0) line += " rotation " + number(m.rotation);
+    if (m.offsetX != 0 || m.offsetY != 0) line += " offset " + number(m.offsetX) + "," + number(m.offsetY);
     if (!m.help.empty()) line += " help " + support::quoted(m.help);
     // Identities are left out: rows carry fresh UUIDs, and the lines must stay comparable.
     if (!m.accessibilityIdentifier.empty()) line += " ax " + support::quoted(m.accessibilityIdentifier);
@@ -555,6 +588,23 @@ std::vector<const Node*> findHoverables(const Node& root, const std::string& lab
     std::vector<const Node*> hits;
     collectIn(root, labelOrHelp, hasHover, hits);
     return hits;
+}
+
+std::vector<const Node*> findEditables(const Node& root, const std::string& label) {
+    std::vector<const Node*> hits;
+    std::function<void(const Node&)> visit = [&](const Node& node) {
+        if (node.onEdit &&
+            (node.placeholder == label || node.mod.help == label || node.mod.accessibilityIdentifier == label)) {
+            hits.push_back(&node);
+        }
+        for (const auto& child : node.children) visit(child);
+    };
+    visit(root);
+    return hits;
+}
+
+const Node* findDefaultAction(const Node& root) {
+    return findNode(root, [](const Node& node) { return node.isDefaultAction && node.action; });
 }
 
 std::vector<std::string> describeTree(const Node& root) {

@@ -10,7 +10,8 @@
 //   controls    button (label or content), toggle, textField, picker, menu,
 //               popover
 //   shapes      rectangle, roundedRectangle, circle, capsule, line (between
-//               two unit points of its rectangle), checkerboard
+//               two unit points of its rectangle), checkerboard, path (in a
+//               box of its own, stretched to the frame)
 //
 // Modifiers are member functions that chain on both temporaries and named
 // nodes: text("Hi").font(14, FontWeight::semibold).padding(8).background(c).
@@ -72,6 +73,12 @@ inline constexpr Color subtleRed = Color::rgb255(254, 107, 107);
 
 enum class FontWeight { ultraLight, thin, light, regular, medium, semibold, bold, heavy, black };
 enum class FontDesign { standard, rounded, monospaced, serif };
+
+// The platform's text styles, in points.
+inline constexpr double bodySize = 13;
+inline constexpr double headlineSize = 13;  // drawn bold
+inline constexpr double captionSize = 10;
+inline constexpr double footnoteSize = 10;
 
 struct Font {
     double size = 13;  // the platform's body size
@@ -143,11 +150,20 @@ struct UnitPoint {
     double x = 0, y = 0;
 };
 
+// One step of a path, in the points of the path's own box.
+struct PathElement {
+    enum class Kind { move, line, close, rect, ellipse };
+    Kind kind = Kind::move;
+    double x = 0, y = 0;           // move, line: the point; rect, ellipse: the box's origin
+    double width = 0, height = 0;  // rect, ellipse
+    bool operator==(const PathElement&) const = default;
+};
+
 enum class Kind {
     vstack, hstack, zstack, scroll, grid,
     text, image, symbol, spacer, divider,
     button, toggle, textField, picker, menu, popover,
-    rectangle, roundedRectangle, circle, capsule, line, checkerboard,
+    rectangle, roundedRectangle, circle, capsule, line, checkerboard, path,
 };
 
 // The printed name of a kind: "vstack", "roundedRectangle", ...
@@ -185,9 +201,12 @@ struct Node {
     UnitPoint lineFrom, lineTo;  // line
     double lineInset = 0;        // line: both ends moved this far inwards, in points
     double tile = 0;             // checkerboard: side of one square
+    std::vector<PathElement> pathElements;  // path
+    double pathWidth = 0, pathHeight = 0;   // path: its box
 
     // Controls.
     bool isOn = false;  // toggle: on; popover: presented; picker item: chosen
+    bool isDefaultAction = false;  // button: pressed by Return
 
     // Every modifier as a number; tests read them here: node.mod.font->size.
     struct Modifiers {
@@ -201,11 +220,13 @@ struct Node {
         double opacity = 1;
         double scale = 1;
         double rotation = 0;  // degrees, clockwise, about the centre
+        double offsetX = 0, offsetY = 0;  // drawn moved by this much; layout is unchanged
         // Text and symbols; unset means inherited.
         std::optional<Font> font;
         std::optional<Color> foreground;  // text colour or shape fill
         std::optional<int> lineLimit;
         bool fixedSize = false;  // keeps its ideal size: never wraps, never shrinks
+        std::optional<double> animation;  // seconds, ease in and out, over which changes are shown
         // Descriptive.
         std::string help;
         std::string identity;  // stable identity among siblings
@@ -234,12 +255,15 @@ struct Node {
     Node& opacity(double value) &;
     Node& scale(double value) &;
     Node& rotation(double degrees) &;
+    Node& offset(double x, double y = 0) &;
     Node& stroke(Color color, double width = 1, LineCap cap = LineCap::butt) &;
 
     Node& font(double size, FontWeight weight = FontWeight::regular, FontDesign design = FontDesign::standard) &;
     Node& foregroundColor(Color color) &;
     Node& lineLimit(int lines) &;
     Node& fixedSize() &;
+    Node& animation(double seconds) &;
+    Node& defaultAction() &;
     Node& makeResizable(bool fit = true) &;
     Node& help(std::string text) &;
     Node& id(std::string identity) &;
@@ -262,11 +286,14 @@ struct Node {
     VELMORA_UI_RVALUE(opacity)
     VELMORA_UI_RVALUE(scale)
     VELMORA_UI_RVALUE(rotation)
+    VELMORA_UI_RVALUE(offset)
     VELMORA_UI_RVALUE(stroke)
     VELMORA_UI_RVALUE(font)
     VELMORA_UI_RVALUE(foregroundColor)
     VELMORA_UI_RVALUE(lineLimit)
     VELMORA_UI_RVALUE(fixedSize)
+    VELMORA_UI_RVALUE(animation)
+    VELMORA_UI_RVALUE(defaultAction)
     VELMORA_UI_RVALUE(makeResizable)
     VELMORA_UI_RVALUE(help)
     VELMORA_UI_RVALUE(id)
@@ -319,6 +346,8 @@ Node line(UnitPoint from, UnitPoint to, double inset = 0);
 // is even, counted from the top left: as many as ceil(width / tile) by
 // ceil(height / tile) cover the space offered.
 Node checkerboard(double tile, double cornerRadius);
+// A path drawn in a box of `width` by `height` points, stretched to its frame.
+Node path(std::vector<PathElement> elements, double width, double height);
 
 // --- reading trees ------------------------------------------------------------
 
@@ -335,6 +364,10 @@ const Node* findActionable(const Node& root, const std::string& labelOrHelp);
 std::vector<const Node*> findActionables(const Node& root, const std::string& labelOrHelp);
 // The same for nodes that react to the pointer coming in or leaving.
 std::vector<const Node*> findHoverables(const Node& root, const std::string& labelOrHelp);
+// Text fields whose placeholder, help text or accessibility identifier is `label`.
+std::vector<const Node*> findEditables(const Node& root, const std::string& label);
+// The button that Return presses, or nullptr.
+const Node* findDefaultAction(const Node& root);
 
 // The tree as indented lines: "vstack spacing 10 padding 15/10/0/10", ...
 // Kinds, texts and the numbers that are set.
