@@ -1,5 +1,6 @@
 #include "ui/HostingView.h"
 
+#include <cmath>
 #include <vector>
 
 #include "ui/Measure.h"
@@ -42,7 +43,11 @@ void HostingView::layout() {
 
 void HostingView::invalidate() { update(); }
 
-platform::Size HostingView::fittingSize() const { return idealSize(body_ ? body_(frame().width) : Node{}); }
+platform::Size HostingView::fittingSize() const {
+    // Whole points, as a toolkit's fitting size comes.
+    const auto size = idealSize(body_ ? body_(frame().width) : Node{});
+    return {std::ceil(size.width), std::ceil(size.height)};
+}
 
 const Node& HostingView::tree() {
     if (!built_) update();
