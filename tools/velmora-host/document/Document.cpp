@@ -26,12 +26,13 @@ const char* hostShapeType(ShapeKind kind) {
     switch (kind) {
         case ShapeKind::textbox: return "17";
         case ShapeKind::line: return "9";
+        case ShapeKind::table: return "19";
         default: return "1";  // an auto shape
     }
 }
 
 nlohmann::ordered_json shapeJSON(const Shape& shape, std::size_t zOrder) {
-    const bool textFrame = shape.kind != ShapeKind::line;
+    const bool textFrame = shape.kind != ShapeKind::line && shape.kind != ShapeKind::table;
     return {
         {"ID", shape.id},
         {"Name", shape.name},
@@ -92,15 +93,26 @@ std::string_view kindName(ShapeKind kind) {
         case ShapeKind::ellipse: return "ellipse";
         case ShapeKind::textbox: return "textbox";
         case ShapeKind::line: return "line";
+        case ShapeKind::table: return "table";
     }
     return "rect";
 }
 
 std::optional<ShapeKind> kindNamed(std::string_view name) {
-    for (auto kind : {ShapeKind::rect, ShapeKind::ellipse, ShapeKind::textbox, ShapeKind::line}) {
+    for (auto kind : {ShapeKind::rect, ShapeKind::ellipse, ShapeKind::textbox, ShapeKind::line, ShapeKind::table}) {
         if (kindName(kind) == name) return kind;
     }
     return std::nullopt;
+}
+
+std::string_view lineEndName(LineEnd end) {
+    switch (end) {
+        case LineEnd::none: return "none";
+        case LineEnd::triangle: return "triangle";
+        case LineEnd::open: return "open";
+        case LineEnd::circle: return "circle";
+    }
+    return "none";
 }
 
 Shape Shape::made(ShapeKind kind) {
@@ -120,6 +132,9 @@ Shape Shape::made(ShapeKind kind) {
         case ShapeKind::line:
             shape.height = 0;
             shape.line = Rgb{0x44, 0x72, 0xC4};
+            break;
+        case ShapeKind::table:
+            shape.table = TableGrid{};
             break;
     }
     return shape;

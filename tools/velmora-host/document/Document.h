@@ -33,9 +33,20 @@ std::optional<Rgb> parseHexColor(std::string_view text);
 // negative one, per channel and rounded.
 Rgb tinted(Rgb color, double tint);
 
-enum class ShapeKind { rect, ellipse, textbox, line };
+enum class ShapeKind { rect, ellipse, textbox, line, table };
 std::string_view kindName(ShapeKind kind);
 std::optional<ShapeKind> kindNamed(std::string_view name);
+
+// What a line has at its end point.
+enum class LineEnd { none, triangle, open, circle };
+std::string_view lineEndName(LineEnd end);
+
+// A table's grid and the choices it was inserted with.
+struct TableGrid {
+    int rows = 1, columns = 1;
+    bool headerRow = false, headerColumn = false, separators = true;
+    bool pasted = false, fromReference = false;
+};
 
 struct Shape {
     std::int64_t id = 0;
@@ -49,6 +60,9 @@ struct Shape {
     std::optional<Rgb> fill;
     std::optional<Rgb> line;
     Rgb font;
+    double lineWeight = 1;  // points
+    LineEnd end = LineEnd::none;
+    std::optional<TableGrid> table;  // set for a table
 
     // A new shape of this kind as the host inserts one with the default theme.
     static Shape made(ShapeKind kind);

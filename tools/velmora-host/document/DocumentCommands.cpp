@@ -42,7 +42,8 @@ struct ShapeEdit {
         for (const auto& [key, value] : pairs) {
             if (key != "type") continue;
             found = kindNamed(value);
-            if (!found) fail("type is rect, ellipse, textbox or line, not '" + value + "'");
+            // A table's grid comes only with the InsertTable macro.
+            if (!found || *found == ShapeKind::table) fail("type is rect, ellipse, textbox or line, not '" + value + "'");
         }
         return found;
     }
@@ -66,6 +67,7 @@ struct ShapeEdit {
         for (const auto& [key, value] : pairs) {
             if (key == "type") {
                 shape.kind = *kindNamed(value);
+                shape.table.reset();
             } else if (key == "left") {
                 shape.left = number(key, value, false);
             } else if (key == "top") {
@@ -189,11 +191,25 @@ void macroCommand(const Arguments& a) {
     }
 }
 
+// "rows=4 columns=5 header=row,column separators=yes paste=no reference=no" for
+// a table, "weight=1.5 end=triangle" for a line.
+std::string kindDetails(const Shape& shape) {
+    auto yes = [](bool on) { return on ? "yes" : "no"; };
+    if (shape.kind == ShapeKind::table && shape.table) {
+        const auto& t = *shape.table;
+        const char* header = t.headerRow && t.headerColumn ? "row,column" : t.headerRow ? "row" : t.headerColumn ? "column" : "none";
+        return fmt::format(" rows={} columns={} header={} separators={} paste={} reference={}", t.rows, t.columns, header,
+                           yes(t.separators), yes(t.pasted), yes(t.fromReference));
+    }
+    if (shape.kind == ShapeKind::line) return fmt::format(" weight={} end={}", decimal(shape.lineWeight), lineEndName(shape.end));
+    return {};
+}
+
 std::string describe(const Shape& shape, int order) {
     auto color = [](const std::optional<Rgb>& c) { return c ? c->hex() : std::string("none"); };
-    return fmt::format("document: {} {} id={} {} left={} top={} width={} height={} rotation={} fill={} line={} font={} text='{}'",
+    return fmt::format("document: {} {} id={} {}{} left={} top={} width={} height={} rotation={} fill={} line={} font={} text='{}'",
                        order ? fmt::format("[{}]", order) : std::string("[ ]"), shape.name, shape.id,
-                       kindName(shape.kind), decimal(shape.left), decimal(shape.top), decimal(shape.width),
+                       kindName(shape.kind), kindDetails(shape), decimal(shape.left), decimal(shape.top), decimal(shape.width),
                        decimal(shape.height), decimal(shape.rotation), color(shape.fill), color(shape.line),
                        shape.font.hex(), Host::oneLine(shape.text));
 }

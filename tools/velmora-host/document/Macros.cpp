@@ -101,6 +101,93 @@ Edit matchFirst(bool width, bool height) {
     };
 }
 
+// The host refuses a table outside 1...75 rows or columns.
+constexpr int mostTableCells = 75;
+constexpr double tableRowHeight = 40;
+
+std::optional<int> countParameter(const std::string& text) {
+    int value = 0;
+    auto [end, ec] = std::from_chars(text.data(), text.data() + text.size(), value);
+    if (text.empty() || ec != std::errc{} || end != text.data() + text.size()) return std::nullopt;
+    if (value < 1 || value > mostTableCells) return std::nullopt;
+    return value;
+}
+
+std::optional<bool> flagParameter(const std::string& text) {
+    if (text == "True") return true;
+    if (text == "False") return false;
+    return std::nullopt;
+}
+
+// What the host does after an insert: the new shape alone is selected.
+void insertSelected(DocumentState& doc, Shape shape, const char* baseName) {
+    shape.id = doc.nextId++;
+    shape.name = std::string(baseName) + " " + std::to_string(shape.id);
+    doc.selection = {shape.id};
+    doc.currentSlide().shapes.push_back(std::move(shape));
+    doc.rawSelected.reset();
+    doc.rawOthers.reset();
+}
+
+// Rows, columns, then header row, header column, separator lines, paste
+// content and use reference shape as "True"/"False". The table goes in the
+// middle of the slide, or where the first selected shape is when asked to
+// follow it. The simulated host has no clipboard: paste is only recorded.
+void insertTable(DocumentState& doc, const MacroCall& call) {
+    const auto& p = call.parameters;
+    if (p.size() != 7) return;
+    TableGrid grid;
+    auto rows = countParameter(p[0]), columns = countParameter(p[1]);
+    std::optional<bool> flags[5];
+    for (int i = 0; i < 5; ++i) flags[i] = flagParameter(p[2 + i]);
+    if (!rows || !columns || std::any_of(std::begin(flags), std::end(flags), [](const auto& f) { return !f; })) return;
+    grid.rows = *rows;
+    grid.columns = *columns;
+    grid.headerRow = *flags[0];
+    grid.headerColumn = *flags[1];
+    grid.separators = *flags[2];
+    grid.pasted = *flags[3];
+    grid.fromReference = *flags[4];
+
+    Shape table = Shape::made(ShapeKind::table);
+    table.table = grid;
+    table.width = slideWidth * 0.6;
+    table.height = tableRowHeight * grid.rows;
+    table.left = (slideWidth - table.width) / 2;
+    table.top = (slideHeight - table.height) / 2;
+    if (grid.fromReference) {
+        if (auto selected = doc.selectedShapes(); !selected.empty()) {
+            const Shape& reference = *selected.front();
+            table.left = reference.left;
+            table.top = reference.top;
+            table.width = reference.width;
+            table.height = reference.height;
+        }
+    }
+    insertSelected(doc, std::move(table), "Table");
+}
+
+// Presets "1".."9": black lines of 0.5, 1 and 1.5 points, the same in grey,
+// then lines ending in a triangle, an open arrow head and a circle.
+void insertLine(DocumentState& doc, const MacroCall& call) {
+    if (call.parameters.size() != 1) return;
+    const auto& text = call.parameters[0];
+    if (text.size() != 1 || text[0] < '1' || text[0] > '9') return;
+    const int preset = text[0] - '0';
+    Shape line = Shape::made(ShapeKind::line);
+    line.width = slideWidth * 0.4;
+    line.left = (slideWidth - line.width) / 2;
+    line.top = slideHeight / 2;
+    line.line = preset >= 4 && preset <= 6 ? Rgb{0x80, 0x80, 0x80} : Rgb{0, 0, 0};
+    if (preset <= 6) {
+        line.lineWeight = 0.5 * ((preset - 1) % 3 + 1);
+    } else {
+        line.lineWeight = 1;
+        line.end = preset == 7 ? LineEnd::triangle : preset == 8 ? LineEnd::open : LineEnd::circle;
+    }
+    insertSelected(doc, std::move(line), "Line");
+}
+
 }  // namespace
 
 void installDocumentMacros(Host& host) {
@@ -121,6 +208,8 @@ void installDocumentMacros(Host& host) {
         {"SameHeight", matchFirst(false, true)},
         {"SameWidth", matchFirst(true, false)},
         {"SameSize", matchFirst(true, true)},
+        {"InsertTable", insertTable},
+        {"InsertLine", insertLine},
     };
     for (const auto& [name, edit] : edits) {
         host.handleMacro(name, [&host, edit](const MacroCall& call) -> std::optional<std::string> {

@@ -14,31 +14,79 @@ std::string px(double value) { return support::swiftDescription(value) + "px"; }
 
 constexpr double editorMargin = 24;
 constexpr double fontPoints = 18;    // the host's default body size
-constexpr double linePoints = 1;     // the model keeps no line weight
 constexpr double marginTop = 3.6, marginLeft = 7.2;
 
-std::string shapeElement(const Shape& shape, int order, double scale) {
+std::string number(double value) { return support::swiftDescription(value); }
+
+// The end of a line: a marker in stroke widths, its tip on the end point.
+std::string marker(LineEnd end, const std::string& id, const std::string& color) {
+    const std::string head = "<marker id=\"" + id + "\" viewBox=\"0 0 10 10\" markerWidth=\"6\" markerHeight=\"6\" orient=\"auto\" ";
+    switch (end) {
+        case LineEnd::none: return {};
+        case LineEnd::triangle:
+            return head + "refX=\"10\" refY=\"5\"><path d=\"M0 0 L10 5 L0 10 Z\" fill=\"" + color + "\"/></marker>";
+        case LineEnd::open:
+            return head + "refX=\"9\" refY=\"5\"><path d=\"M1 1 L9 5 L1 9\" fill=\"none\" stroke=\"" + color +
+                   "\" stroke-width=\"1.5\"/></marker>";
+        case LineEnd::circle:
+            return head + "refX=\"5\" refY=\"5\"><circle cx=\"5\" cy=\"5\" r=\"4\" fill=\"" + color + "\"/></marker>";
+    }
+    return {};
+}
+
+// Drawn from the top left corner to the bottom right one, as the model places a line.
+std::string lineSvg(const Shape& shape, double scale) {
+    const std::string w = number(shape.width * scale), h = number(shape.height * scale);
+    // An svg with a side of zero draws nothing, so a level line gets a box of one pixel.
+    const std::string boxW = number(std::max(1.0, shape.width * scale)), boxH = number(std::max(1.0, shape.height * scale));
+    const std::string color = shape.line ? shape.line->hex() : "none";
+    const std::string id = "line-end-" + std::to_string(shape.id);
+    const std::string defs = shape.line ? marker(shape.end, id, color) : std::string();
+    return "<svg width=\"" + boxW + "\" height=\"" + boxH + "\">" + (defs.empty() ? "" : "<defs>" + defs + "</defs>") +
+           "<line x1=\"0\" y1=\"0\" x2=\"" + w + "\" y2=\"" + h + "\" stroke=\"" + color + "\" stroke-width=\"" +
+           number(shape.lineWeight * scale) + "\"" + (defs.empty() ? "" : " marker-end=\"url(#" + id + ")\"") + "/></svg>";
+}
+
+// Cells in the theme's first accent for the header row and column; with
+// separator lines off, the editor still shows the grid dashed and faint.
+std::string tableGrid(const TableGrid& grid, Rgb accent) {
+    std::string html = std::string("<table class=\"host-grid") + (grid.separators ? "" : " host-grid-faint") + "\">";
+    for (int r = 0; r < grid.rows; ++r) {
+        html += "<tr>";
+        for (int c = 0; c < grid.columns; ++c) {
+            const bool header = (grid.headerRow && r == 0) || (grid.headerColumn && c == 0);
+            html += header ? "<td data-header=\"1\" style=\"background-color:" + accent.hex() + "\"></td>" : std::string("<td></td>");
+        }
+        html += "</tr>";
+    }
+    return html + "</table>";
+}
+
+std::string shapeElement(const Shape& shape, int order, double scale, Rgb accent) {
     const std::string kind(kindName(shape.kind));
     std::string style = "left:" + px(shape.left * scale) + ";top:" + px(shape.top * scale) +
                         ";width:" + px(shape.width * scale) + ";height:" + px(shape.height * scale) +
                         ";color:" + shape.font.hex() + ";font-size:" + px(fontPoints * scale);
-    if (shape.rotation != 0) style += ";transform:rotate(" + support::swiftDescription(shape.rotation) + "deg)";
-    const std::string weight = px(std::max(1.0, linePoints * scale));
-    std::string inner;
+    if (shape.rotation != 0) style += ";transform:rotate(" + number(shape.rotation) + "deg)";
+    std::string inner, data;
     if (shape.kind == ShapeKind::line) {
-        // Drawn from the top left corner to the bottom right one, as the model places a line.
-        const std::string w = support::swiftDescription(shape.width * scale), h = support::swiftDescription(shape.height * scale);
-        inner = "<svg width=\"" + w + "\" height=\"" + h + "\"><line x1=\"0\" y1=\"0\" x2=\"" + w + "\" y2=\"" + h +
-                "\" stroke=\"" + (shape.line ? shape.line->hex() : "none") + "\" stroke-width=\"" +
-                support::swiftDescription(std::max(1.0, linePoints * scale)) + "\"/></svg>";
+        inner = lineSvg(shape, scale);
+        data = " data-weight=\"" + number(shape.lineWeight) + "\" data-end=\"" + std::string(lineEndName(shape.end)) + "\"";
+    } else if (shape.kind == ShapeKind::table && shape.table) {
+        style += ";background-color:" + (shape.fill ? shape.fill->hex() : std::string("transparent"));
+        inner = tableGrid(*shape.table, accent);
+        data = " data-rows=\"" + std::to_string(shape.table->rows) + "\" data-columns=\"" +
+               std::to_string(shape.table->columns) + "\"";
     } else {
+        // Borders keep at least a pixel, so a thin one still shows at a small scale.
+        const std::string weight = px(std::max(1.0, shape.lineWeight * scale));
         style += ";background-color:" + (shape.fill ? shape.fill->hex() : std::string("transparent"));
         style += shape.line ? ";border:" + weight + " solid " + shape.line->hex() : std::string(";border:none;border-color:transparent");
         style += ";padding:" + px(marginTop * scale) + " " + px(marginLeft * scale);
+        if (!shape.text.empty()) inner += "<span>" + support::htmlEscaped(shape.text) + "</span>";
     }
-    if (!shape.text.empty() && shape.kind != ShapeKind::line) inner += "<span>" + support::htmlEscaped(shape.text) + "</span>";
     return "<div class=\"host-shape host-" + kind + "\" data-shape=\"" + support::htmlEscaped(shape.name) +
-           "\" data-type=\"" + kind + "\"" +
+           "\" data-type=\"" + kind + "\"" + data +
            (order ? " data-selected=\"1\" data-order=\"" + std::to_string(order) + "\"" : std::string()) +
            " style=\"" + style + "\">" + inner + "</div>";
 }
@@ -51,7 +99,10 @@ std::string slideElement(double editorWidth, double editorHeight) {
     std::string html = "<div class=\"host-slide\" data-slide=\"" + std::to_string(doc.current + 1) + "\" data-scale=\"" +
                        support::swiftDescription(scale) + "\" style=\"width:" + px(slideWidth * scale) + ";height:" +
                        px(slideHeight * scale) + "\">";
-    for (const auto& shape : doc.currentSlide().shapes) html += "\n" + shapeElement(shape, doc.selectionOrder(shape.id), scale);
+    const Rgb accent = doc.themeSlot("Accent1").value_or(Rgb{0x44, 0x72, 0xC4});
+    for (const auto& shape : doc.currentSlide().shapes) {
+        html += "\n" + shapeElement(shape, doc.selectionOrder(shape.id), scale, accent);
+    }
     return html + "</div>";
 }
 
@@ -76,6 +127,9 @@ std::string snapshotPage() {
         "text-align:center;white-space:pre-wrap;overflow-wrap:anywhere;line-height:1.2;}\n"
         ".host-ellipse{border-radius:50%;}\n"
         ".host-line svg{position:absolute;left:0;top:0;overflow:visible;}\n"
+        ".host-grid{width:100%;height:100%;border-collapse:collapse;table-layout:fixed;}\n"
+        ".host-grid td{border:1px solid #7F7F7F;padding:0;}\n"
+        ".host-grid-faint td{border:1px dashed #D0D0D0;}\n"
         ".host-shape[data-selected]{outline:2px dashed #1a73e8;outline-offset:3px;}\n"
         "</style></head>\n<body>\n<div class=\"host-window\" data-class=\"CUIDocumentShellWindow\">\n"
         "<div class=\"host-ribbon\"><span>Home</span><span>Insert</span><span>Design</span><span>Slide Show</span>"

@@ -16,7 +16,9 @@ namespace velmora::host {
 // The ribbon on top, the split view below with the slide editor and every
 // pane at its frame. The editor draws the document's current slide to scale:
 // the slide carries data-scale, each shape data-shape with its name and,
-// when selected, data-selected="1" and data-order.
+// when selected, data-selected="1" and data-order; a line data-weight and
+// data-end, a table data-rows and data-columns and data-header="1" on its
+// header cells.
 std::string snapshotPage();
 
 // The value of the first text field in the subtree, depth first.
