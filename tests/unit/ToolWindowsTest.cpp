@@ -288,5 +288,14 @@ TEST_F(ToolWindowsTest, TheLinesPaletteSendsEachPresetsNumberAndStaysOpen) {
     EXPECT_EQ(visibleTools(), 0);
 }
 
+TEST_F(ToolWindowsTest, TheBuilderEmbedsInAHostViewWithItsDefaults) {
+    auto parent = std::make_shared<hosts::MemoryView>("NSView", platform::Rect{50, 60, 400, 300});
+    auto embedded = embedTableBuilder(parent);
+    EXPECT_EQ(parent->subviews().at(0), embedded);
+    EXPECT_EQ(embedded->frame(), (platform::Rect{0, 0, 400, 300}));
+    EXPECT_TRUE(embedded->autoresizesWithParent);
+    EXPECT_TRUE(ui::findNode(embedded->tree(), [](const Node& n) { return n.kind == ui::Kind::textField && n.text == "3"; }));
+}
+
 }  // namespace
 }  // namespace velmora
