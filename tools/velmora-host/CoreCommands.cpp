@@ -112,8 +112,11 @@ const std::map<std::string, Entry>& entries() {
                       "fail GetEnableKeyboardShortcuts\ncall updateShortcutEnabledState\n"
                       "answer GetEnableKeyboardShortcuts true\ncall updateShortcutEnabledState\n"}),
     registerTourStep({30, "Tool windows and other entry points",
-                      "Each entry point writes its first log line; the table builder logs its seven values.",
-                      "call initializeTablesOverlay 3 4 true false true false false\ncall initializeLinesOverlay\n"
+                      "Each entry point writes its first log line; the table builder logs its seven values.\n"
+                      "The table builder and the lines palette float above the document as key windows;\n"
+                      "Escape or the close box puts them away and gives the key back to the document.",
+                      "call initializeTablesOverlay 3 4 true false true false false\nshow windows\nkey escape\n"
+                      "call initializeLinesOverlay\nshow windows\nclose 'Insert Lines'\nshow windows\n"
                       "call initializeLoginOverlay\n"}),
 };
 

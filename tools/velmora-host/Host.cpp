@@ -60,6 +60,11 @@ public:
         std::erase_if(panes, [](const auto& entry) { return entry.first.expired(); });
         panes.emplace_back(pane, std::move(access));
     }
+    void windowCreated(const std::shared_ptr<platform::ToolWindow>& window, platform::PaneAccess access) override {
+        auto& windows = Host::instance().windows_;
+        std::erase_if(windows, [](const auto& entry) { return entry.window.expired(); });
+        windows.push_back({window, std::move(access), 0});
+    }
     std::optional<std::array<double, 4>> namedColor(const std::string& name) const override {
         const auto& colors = Host::instance().namedColors;
         auto it = colors.find(name);
@@ -223,6 +228,47 @@ const platform::PaneAccess* Host::paneAccess(const std::shared_ptr<platform::Vie
     return nullptr;
 }
 
+void Host::noteWindowOrder() {
+    // Closed windows nobody holds go, as the window server lets them go.
+    views_->forgetClosedWindows();
+    std::erase_if(windows_, [](const auto& entry) { return entry.window.expired(); });
+    // Windows that appeared since the last look come front in the order
+    // made; the key window, if it changed, comes front last.
+    for (auto& entry : windows_) {
+        auto window = entry.window.lock();
+        if (!window->isVisible()) {
+            entry.front = 0;
+        } else if (entry.front == 0) {
+            entry.front = ++frontCount_;
+        }
+    }
+    auto key = views_->keyWindow();
+    if (key == lastKey_.lock()) return;
+    lastKey_ = key;
+    for (auto& entry : windows_) {
+        if (key && entry.window.lock() == key && key->isVisible()) entry.front = ++frontCount_;
+    }
+}
+
+std::vector<Host::LibraryWindow> Host::visibleWindows() const {
+    std::vector<std::pair<std::uint64_t, LibraryWindow>> shown;
+    const auto key = views_->keyWindow();
+    for (const auto& entry : windows_) {
+        auto window = entry.window.lock();
+        if (!window || !window->isVisible()) continue;
+        // A window shown since the last look counts as the newest.
+        const auto front = entry.front ? entry.front : UINT64_MAX;
+        shown.push_back({front, {window, entry.access, key && key == window}});
+    }
+    std::stable_sort(shown.begin(), shown.end(), [](const auto& a, const auto& b) {
+        if (a.second.window->level() != b.second.window->level()) return a.second.window->level() > b.second.window->level();
+        return a.first > b.first;
+    });
+    std::vector<LibraryWindow> windows;
+    for (auto& [_, window] : shown) windows.push_back(std::move(window));
+    return windows;
+}
+
 std::optional<std::string> Host::load(const std::string& libraryPath) {
     handle_ = dlopen(libraryPath.c_str(), RTLD_NOW | RTLD_LOCAL);
     if (!handle_) return std::string(dlerror());
@@ -283,6 +329,7 @@ bool Host::isMainThread() const { return std::this_thread::get_id() == mainThrea
 void Host::settle() {
     for (;;) {
         pool_.waitIdle();
+        noteWindowOrder();
         if (mainQueue_.runDue() == 0) break;
     }
 }

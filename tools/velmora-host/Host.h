@@ -127,6 +127,16 @@ public:
     // What the library handed over for a pane it docked (see
     // platform/PaneHost.h), or nullptr for a view it did not make.
     const platform::PaneAccess* paneAccess(const std::shared_ptr<platform::View>& pane) const;
+
+    // A floating window the library made, with what it handed over for it.
+    struct LibraryWindow {
+        std::shared_ptr<platform::ToolWindow> window;
+        platform::PaneAccess access;
+        bool key = false;
+    };
+    // The library's windows on screen, front to back: the higher level
+    // first, then the one that came front last. Main thread.
+    std::vector<LibraryWindow> visibleWindows() const;
     // The host's catalogue of named colours, as sRGB and opacity.
     std::map<std::string, std::array<double, 4>> namedColors;
 
@@ -159,6 +169,17 @@ private:
     friend class HostInspection;
     friend class HostPanes;
     std::vector<std::pair<std::weak_ptr<platform::View>, platform::PaneAccess>> panes_;
+    // The library's windows in the order made; `front` grows each time the
+    // host sees one come front, and is 0 while it is hidden.
+    struct WindowEntry {
+        std::weak_ptr<platform::ToolWindow> window;
+        platform::PaneAccess access;
+        std::uint64_t front = 0;
+    };
+    std::vector<WindowEntry> windows_;
+    std::uint64_t frontCount_ = 0;
+    std::weak_ptr<platform::Window> lastKey_;
+    void noteWindowOrder();
     std::vector<std::pair<std::string, int>> macroCounts_;
     std::optional<std::string> hardwareReport_;
     Document document_;

@@ -11,6 +11,7 @@
 #include "Host.h"
 #include "KeyboardLayout.h"
 #include "Scenario.h"
+#include "support/Text.h"
 
 namespace velmora::host {
 
@@ -129,9 +130,28 @@ struct HostApplication {
 // Built as the host starts, before any scenario line runs.
 [[maybe_unused]] const bool hostApplicationBuilt = (HostApplication::shared().rebuild(), true);
 
+// Return and the keypad's Enter with no command modifier held.
+bool pressesDefaultButton(const platform::Event& event) {
+    constexpr std::uint64_t shiftControlOptionCommand = 0x20000 | 0x40000 | 0x80000 | 0x100000;
+    return (event.keyCode == 36 || event.keyCode == 76) && (event.modifierFlags & shiftControlOptionCommand) == 0;
+}
+
+// A key the monitors let through reaches the key window: in one of the
+// library's windows, Return presses its default button.
 void deliverKey(const platform::Event& event) {
-    auto passed = Host::instance().monitors().dispatch(event);
-    Host::instance().emit(passed ? "key: passed" : "key: consumed");
+    auto& host = Host::instance();
+    auto passed = host.monitors().dispatch(event);
+    host.emit(passed ? "key: passed" : "key: consumed");
+    if (!passed || !pressesDefaultButton(event)) return;
+    for (const auto& shown : host.visibleWindows()) {
+        if (!shown.key) continue;
+        const auto title = support::quoted(shown.window->title());
+        if (shown.access.pressDefault && shown.access.pressDefault()) {
+            host.emit("key: pressed the default button of " + title);
+        } else {
+            host.emit("key: no default button in " + title);
+        }
+    }
 }
 
 std::optional<platform::AXValue> valueArgument(const std::string& text) {

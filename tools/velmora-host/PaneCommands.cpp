@@ -1,16 +1,20 @@
-// Docked panes in the simulator: which window is key, opening panes through
-// their entry points, and acting on them as a user would (close, drag the
-// handle, resize, modifier keys, taps), with a text view of each pane and
-// an HTML snapshot of the window.
+// Docked panes and the library's floating windows in the simulator: which
+// window is key, opening panes through their entry points, and acting on
+// panes and windows as a user would (close, drag the handle, resize,
+// modifier keys, taps, typing), with a text view of each and an HTML
+// snapshot of the window.
 //
-// Commands: `keywindow document|tool|none`, `open NAME`, `close TITLE`,
-// `drag TITLE DX`, `width TITLE W`, `flags MODS`, `tap TITLE LABEL`,
-// `hover TITLE LABEL in|out`, `snapshot FILE`; shows: `show panes`,
-// `show pane TITLE`. A control is named by its label or help text, and
-// `LABEL#N` names the N-th of several in reading order.
+// Commands: `keywindow document|tool|none|TITLE`, `open NAME`, `close TARGET`,
+// `drag TITLE DX`, `width TITLE W`, `flags MODS`, `tap TARGET LABEL`,
+// `hover TARGET LABEL in|out`, `type TARGET LABEL TEXT`, `snapshot FILE`;
+// shows: `show panes`, `show pane TITLE`, `show windows`, `show window TITLE`.
+// A TARGET is a pane's title or the title of a library window on screen. A
+// control is named by its label or help text (a text field also by its
+// placeholder), and `LABEL#N` names the N-th of several in reading order.
 // Panes are found as the library finds them, by a text field holding the
 // title inside a direct subview of the split view; what the host can do
-// with one comes from the access the library handed over when it made it.
+// with a pane or window comes from the access the library handed over when
+// it made it.
 
 #include <fmt/format.h>
 
@@ -54,6 +58,32 @@ std::pair<std::shared_ptr<View>, const platform::PaneAccess*> paneTitled(const s
     }
     throw ScenarioError("no open pane titled '" + title + "'");
 }
+
+// A pane or a library window on screen, panes first; the access is a copy,
+// so a window the action closes or replaces cannot pull it away.
+struct Target {
+    platform::PaneAccess access;
+    bool window = false;
+};
+
+Target targetTitled(const std::string& title) {
+    for (const auto& view : dockedPanes()) {
+        if (holdsText(view, title)) return {*Host::instance().paneAccess(view), false};
+    }
+    for (auto& shown : Host::instance().visibleWindows()) {
+        if (shown.window->title() == title) return {std::move(shown.access), true};
+    }
+    throw ScenarioError("no open pane or window titled '" + title + "'");
+}
+
+Host::LibraryWindow windowTitled(const std::string& title) {
+    for (auto& shown : Host::instance().visibleWindows()) {
+        if (shown.window->title() == title) return std::move(shown);
+    }
+    throw ScenarioError("no open window titled '" + title + "'");
+}
+
+std::string sizeText(platform::Size size) { return fmt::format("{}x{}", size.width, size.height); }
 
 void layOutSplitView() {
     auto split = Host::instance().splitView();
@@ -128,7 +158,7 @@ void callOpen(const std::string& name) {
 }
 
 [[maybe_unused]] const bool registered[] = {
-    registerCommand({"keywindow", "keywindow document|tool|none", 1, 1,
+    registerCommand({"keywindow", "keywindow document|tool|none|TITLE", 1, 1,
                      [](const Arguments& a) {
                          auto& host = Host::instance();
                          if (a[0] == "document") {
@@ -138,15 +168,27 @@ void callOpen(const std::string& name) {
                          } else if (a[0] == "none") {
                              host.views().setKeyWindow(nullptr);
                          } else {
-                             throw ScenarioError("keywindow takes document, tool or none");
+                             // A click on one of the library's windows brings it front as key.
+                             for (const auto& shown : host.visibleWindows()) {
+                                 if (shown.window->title() != a[0]) continue;
+                                 shown.window->makeKeyAndOrderFront();
+                                 return;
+                             }
+                             throw ScenarioError("keywindow takes document, tool, none or the title of a window on screen, not '" +
+                                                 a[0] + "'");
                          }
                      }}),
     registerCommand({"open", "open assistant|shortcuts|icons|images|color|slidelibrary|templates", 1, 1,
                      [](const Arguments& a) { callOpen(a[0]); }}),
-    registerCommand({"close", "close TITLE", 1, 1,
+    registerCommand({"close", "close TARGET", 1, 1,
                      [](const Arguments& a) {
-                         paneTitled(a[0]).second->pressClose();
-                         layOutSplitView();
+                         const auto target = targetTitled(a[0]);
+                         if (!target.access.pressClose) {
+                             Host::instance().emit("close: no close button on " + support::quoted(a[0]));
+                             return;
+                         }
+                         target.access.pressClose();
+                         if (!target.window) layOutSplitView();
                      }}),
     registerCommand({"drag", "drag TITLE DX", 2, 2,
                      [](const Arguments& a) {
@@ -173,20 +215,30 @@ void callOpen(const std::string& name) {
                          event.modifierFlags = parseModifiers(a[0]);
                          Host::instance().monitors().dispatch(event);
                      }}),
-    registerCommand({"tap", "tap TITLE LABEL[#N]", 2, 2,
+    registerCommand({"tap", "tap TARGET LABEL[#N]", 2, 2,
                      [](const Arguments& a) {
                          const auto control = controlName(a[1]);
-                         if (!paneTitled(a[0]).second->tap(control.label, control.occurrence)) {
+                         const auto target = targetTitled(a[0]);
+                         if (!target.access.tap || !target.access.tap(control.label, control.occurrence)) {
                              Host::instance().emit("tap: nothing labelled " + notFound(a[0], a[1]));
                          }
                      }}),
-    registerCommand({"hover", "hover TITLE LABEL[#N] in|out", 3, 3,
+    registerCommand({"hover", "hover TARGET LABEL[#N] in|out", 3, 3,
                      [](const Arguments& a) {
                          if (a[2] != "in" && a[2] != "out") throw ScenarioError("hover takes in or out");
                          const auto control = controlName(a[1]);
-                         if (!paneTitled(a[0]).second->hover(control.label, control.occurrence, a[2] == "in")) {
+                         const auto target = targetTitled(a[0]);
+                         if (!target.access.hover || !target.access.hover(control.label, control.occurrence, a[2] == "in")) {
                              Host::instance().emit("hover: nothing that follows the pointer labelled " +
                                                    notFound(a[0], a[1]));
+                         }
+                     }}),
+    registerCommand({"type", "type TARGET LABEL[#N] TEXT ('' for none)", 3, 3,
+                     [](const Arguments& a) {
+                         const auto control = controlName(a[1]);
+                         const auto target = targetTitled(a[0]);
+                         if (!target.access.type || !target.access.type(control.label, control.occurrence, a[2])) {
+                             Host::instance().emit("type: no text field labelled " + notFound(a[0], a[1]));
                          }
                      }}),
     registerCommand({"snapshot", "snapshot FILE", 1, 1,
@@ -213,6 +265,23 @@ void callOpen(const std::string& name) {
     registerShow({"pane", "show pane TITLE", 1, 1,
                   [](const Arguments& a) {
                       for (const auto& line : paneTitled(a[0]).second->describe()) Host::instance().emit("pane: " + line);
+                  }}),
+    registerShow({"windows", "show windows", 0, 0,
+                  [](const Arguments&) {
+                      auto& host = Host::instance();
+                      const auto shown = host.visibleWindows();
+                      if (shown.empty()) host.emit("windows: (none)");
+                      for (const auto& w : shown) {
+                          host.emit(fmt::format("windows: {} content {} level {} key={} visible=yes",
+                                                support::quoted(w.window->title()), sizeText(w.window->contentSize()),
+                                                w.window->level(), w.key ? "yes" : "no"));
+                      }
+                  }}),
+    registerShow({"window", "show window TITLE", 1, 1,
+                  [](const Arguments& a) {
+                      const auto shown = windowTitled(a[0]);
+                      if (!shown.access.describe) return;
+                      for (const auto& line : shown.access.describe()) Host::instance().emit("window: " + line);
                   }}),
 
     registerTourStep({450, "Docking panes beside the slide",

@@ -115,7 +115,9 @@ std::string snapshotPage() {
     std::string page =
         "<!DOCTYPE html>\n<html><head><meta charset=\"utf-8\"><title>Velmora host snapshot</title>\n<style>\n"
         "body{margin:0;background:#b9bcc2;font-family:-apple-system,'Helvetica Neue','Liberation Sans','DejaVu Sans',sans-serif;}\n"
-        ".host-window{position:relative;margin:16px;width:" + px(bounds.width) + ";background:#fff;"
+        ".host-desk{position:relative;margin:16px;width:" + px(bounds.width) + ";}\n"
+        ".host-floating{position:absolute;left:50%;top:50%;transform:translate(-50%,-50%);}\n"
+        ".host-window{position:relative;width:" + px(bounds.width) + ";background:#fff;"
         "box-shadow:0 8px 30px rgba(0,0,0,.35);border-radius:10px;overflow:hidden;}\n"
         ".host-ribbon{height:40px;display:flex;align-items:center;gap:18px;padding:0 16px;background:#b7472a;color:#fff;font-size:13px;}\n"
         ".host-ribbon .tab-on{font-weight:600;border-bottom:2px solid #fff;}\n"
@@ -131,7 +133,7 @@ std::string snapshotPage() {
         ".host-grid td{border:1px solid #7F7F7F;padding:0;}\n"
         ".host-grid-faint td{border:1px dashed #D0D0D0;}\n"
         ".host-shape[data-selected]{outline:2px dashed #1a73e8;outline-offset:3px;}\n"
-        "</style></head>\n<body>\n<div class=\"host-window\" data-class=\"CUIDocumentShellWindow\">\n"
+        "</style></head>\n<body>\n<div class=\"host-desk\">\n<div class=\"host-window\" data-class=\"CUIDocumentShellWindow\">\n"
         "<div class=\"host-ribbon\"><span>Home</span><span>Insert</span><span>Design</span><span>Slide Show</span>"
         "<span class=\"tab-on\">Velmora</span></div>\n"
         "<div class=\"host-split\" data-class=\"CUITaskPaneSplitView\">\n";
@@ -149,7 +151,18 @@ std::string snapshotPage() {
         if (auto text = firstTextField(view)) page += "<span data-label=\"" + support::htmlEscaped(*text) + "\">" + support::htmlEscaped(*text) + "</span>";
         page += "</div>\n";
     }
-    page += "</div>\n</div>\n</body></html>\n";
+    page += "</div>\n</div>\n";
+    // Floating windows over the document window, centred on it, back to
+    // front; the z-index keeps them above whatever a pane stacks.
+    const auto floating = host.visibleWindows();
+    int stack = 1000;
+    for (auto it = floating.rbegin(); it != floating.rend(); ++it) {
+        const auto& w = *it->window;
+        page += "<div class=\"host-floating\" data-window=\"" + support::htmlEscaped(w.title()) + "\" data-level=\"" +
+                std::to_string(w.level()) + "\"" + (it->key ? " data-key=\"1\"" : "") + " style=\"z-index:" +
+                std::to_string(++stack) + "\">" + (it->access.html ? it->access.html() : std::string()) + "</div>\n";
+    }
+    page += "</div>\n</body></html>\n";
     return page;
 }
 
