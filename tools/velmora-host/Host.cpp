@@ -1,5 +1,7 @@
 #include "Host.h"
 
+#include <fmt/format.h>
+
 #include <dlfcn.h>
 #include <stdlib.h>
 
@@ -317,6 +319,9 @@ std::string Host::oneLine(const std::string& text) {
             out += "\\n";
         } else if (c == '\r') {
             out += "\\r";
+        } else if (static_cast<unsigned char>(c) < 0x20 || c == 0x7f) {
+            // Other control characters (Escape, the keypad's Enter) stay visible.
+            out += fmt::format("\\u{{{:x}}}", static_cast<unsigned>(static_cast<unsigned char>(c)));
         } else {
             out += c;
         }

@@ -79,7 +79,8 @@ public:
 
     // The transcript: one line per event, safe from any thread.
     void emit(const std::string& line);
-    // Line feeds written as \n, so one event stays one line.
+    // Line feeds written as \n (other control characters as \u{1b}), so one
+    // event stays one line and a terminal shows it as it is.
     static std::string oneLine(const std::string& text);
 
     // Main loop.

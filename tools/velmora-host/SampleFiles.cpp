@@ -1,8 +1,9 @@
 // The installation's data files, of the simulator's own making, placed in
 // its sandbox as the add-in's installer would place them: a sample
-// Shortcuts.xml and a small PNG button image for each row icon the
-// assistant and the sample catalogue name. "Default.png" is left out on
-// purpose, so an unknown missed command shows the fallback symbol.
+// Shortcuts.xml, a small PNG button image for each row icon the assistant
+// and the sample catalogue name, and the table builder's SVG icons.
+// "Default.png" is left out on purpose, so an unknown missed command shows
+// the fallback symbol.
 //
 // Commands: `catalogue sample|none|TEXT`, `iconfile NAME sample|broken|none`;
 // show: `show samples [icons]`.
@@ -28,6 +29,23 @@ namespace {
 const std::string installFolder = "/Library/Application Support/Microsoft/Velmora/PowerPoint";
 const std::string cataloguePath = installFolder + "/Shortcuts.xml";
 const std::string iconFolder = installFolder + "/Icons/";
+const std::string tablesFolder = installFolder + "/Tables/";
+
+// The table builder's four icons, as SVG: a grid of 3 by 3 cells with the
+// rows, the columns, the title row or the title column drawn in red.
+std::string tableIconSvg(const std::string& marked) {
+    std::string cells;
+    for (int row = 0; row < 3; ++row) {
+        for (int column = 0; column < 3; ++column) {
+            const bool red = (marked == "TitleRow" && row == 0) || (marked == "TitleColumn" && column == 0);
+            cells += fmt::format("<rect x=\"{}\" y=\"{}\" width=\"9\" height=\"9\" rx=\"1\" fill=\"{}\"/>",
+                                 3 + column * 10, 3 + row * 10, red ? "#FE6B6B" : "#C9CDD3");
+        }
+    }
+    if (marked == "Rows") cells += "<path d=\"M2 8h31M2 18h31M2 28h31\" stroke=\"#FE6B6B\" stroke-width=\"2\"/>";
+    if (marked == "Columns") cells += "<path d=\"M8 2v31M18 2v31M28 2v31\" stroke=\"#FE6B6B\" stroke-width=\"2\"/>";
+    return "<svg xmlns=\"http://www.w3.org/2000/svg\" viewBox=\"0 0 35 35\" width=\"35\" height=\"35\">" + cells + "</svg>\n";
+}
 
 // --- PNG, written by hand: stored (uncompressed) deflate blocks need no zlib.
 
@@ -248,6 +266,9 @@ void installSampleFiles() {
     if (Host::instance().sandboxRoot().empty()) return;  // no sandbox: nothing to install into
     writeFile(cataloguePath, sampleCatalogue);
     for (const auto& [name, colour] : sampleIcons()) writeFile(iconFolder + name, buttonPng(colour));
+    for (const char* name : {"Rows", "Columns", "TitleRow", "TitleColumn"}) {
+        writeFile(tablesFolder + name + ".svg", tableIconSvg(name));
+    }
     // Three boxes in a row, unevenly spaced and of different heights; and the first two alone.
     writeFile("/Shapes/three-boxes.json", boxesJSON({{10, 0, 50, 40}, {30, 80, 50, 60}, {50, 200, 50, 20}}));
     writeFile("/Shapes/two-boxes.json", boxesJSON({{10, 0, 50, 40}, {30, 80, 50, 60}}));
