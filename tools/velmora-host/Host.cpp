@@ -10,6 +10,7 @@
 #include <filesystem>
 #include <iostream>
 
+#include "Cloud.h"
 #include "document/Macros.h"
 #include "platform/Platform.h"
 
@@ -25,7 +26,21 @@ class TranscriptLog : public platform::LogPort {
 public:
     void nslog(std::string_view text) override { Host::instance().emit("log: " + Host::oneLine(std::string(text))); }
     void print(std::string_view text) override { nslog(text); }
-    void logger(std::string_view, std::string_view, platform::LogLevel, std::string_view text) override { nslog(text); }
+    void logger(std::string_view subsystem, std::string_view category, platform::LogLevel level,
+                std::string_view text) override {
+        nslog(fmt::format("[{}:{} {}] {}", subsystem, category, platform::levelName(level), text));
+    }
+};
+
+// The two base URLs, fixed when the cloud starts.
+class CloudConfig : public platform::ConfigPort {
+public:
+    CloudConfig(std::string service, std::string cdn) : service_(std::move(service)), cdn_(std::move(cdn)) {}
+    std::string serviceBaseURL() const override { return service_; }
+    std::string cdnBaseURL() const override { return cdn_; }
+
+private:
+    const std::string service_, cdn_;
 };
 
 class SimulatedDispatch : public platform::DispatchPort {
@@ -199,11 +214,25 @@ Host::Host()
     std::string pattern = (std::filesystem::temp_directory_path() / "velmora-host-XXXXXX").string();
     if (mkdtemp(pattern.data())) connection_.fileRoot = pattern;
 
+    // The cloud's fixtures live in the sandbox, so they go with it at exit;
+    // no path the library uses lies below "/cloud".
+    try {
+        cloud::CloudOptions options;
+        if (!connection_.fileRoot.empty()) options.dataDirectory = connection_.fileRoot + "/cloud";
+        cloud_ = std::make_unique<cloud::Cloud>(options);
+        ports->config = std::make_shared<CloudConfig>(cloud_->serviceBaseURL(), cloud_->cdnBaseURL());
+    } catch (const std::exception& error) {
+        std::fprintf(stderr, "velmora-host: the cloud did not start: %s\n", error.what());
+        ports->config = std::make_shared<CloudConfig>("http://127.0.0.1:9/api", "http://127.0.0.1:9/cdn/");
+    }
+
     macros_["GetEnableKeyboardShortcuts"].text = "true";
     hardwareReport_ = defaultHardwareReport;
     installDocumentMacros(*this);
     buildWindow();
 }
+
+Host::~Host() = default;
 
 void Host::buildWindow() {
     // The document window as the host builds it: the task pane split view

@@ -8,6 +8,8 @@
 // symbol this program exports (see src/hosts/linux/HostConnection.h): its
 // main loop on a virtual clock, a worker pool, its macro project, windows,
 // accessibility tree, web views, event monitors and a sandbox for files.
+// Its config port points the library at the cloud stand-in, which the host
+// starts on loopback before the library's first use.
 #pragma once
 
 #include <array>
@@ -28,6 +30,10 @@
 #include "hosts/common/ThreadPool.h"
 #include "hosts/common/VirtualClockQueue.h"
 #include "hosts/linux/HostConnection.h"
+
+namespace velmora::cloud {
+class Cloud;
+}
 
 namespace velmora::host {
 
@@ -146,10 +152,15 @@ public:
     std::optional<std::vector<std::string>> inspect(const std::string& name);
 
     const hosts::linuxhost::HostConnection* connection() const { return &connection_; }
+
+    // The cloud stand-in the library's config points at; nullptr when it
+    // could not start (the library then meets refused connections).
+    cloud::Cloud* cloud() const { return cloud_.get(); }
     void setLogToStderr(bool on) { connection_.logToStderr = on; }
 
 private:
     Host();
+    ~Host();
     void buildWindow();
     void withMacros(const std::function<void()>& body) const;
     platform::ScriptOutcome runScript(const std::string& source);
@@ -192,6 +203,7 @@ private:
     std::shared_ptr<hosts::MemoryWindow> documentWindow_;
     std::shared_ptr<platform::View> splitView_;
     hosts::linuxhost::HostConnection connection_;
+    std::unique_ptr<cloud::Cloud> cloud_;
 };
 
 }  // namespace velmora::host
