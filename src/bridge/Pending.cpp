@@ -10,7 +10,6 @@ namespace velmora {
 void openIconTaskpane() { platform::nslog("Icon: 🟢 Dylib loaded successfully"); }
 void openImageTaskpane() { platform::nslog("Icon: 🟢 Dylib loaded successfully"); }
 void openSlideLibraryTaskpane() { platform::nslog("Slide Library: 🟢 Dylib loaded successfully"); }
-void openTemplateLibraryTaskpane() { platform::nslog("Slide Library: 🟢 Dylib loaded successfully"); }
 void refreshSlideLibraryTaskpane() { platform::nslog("Slide Library: 🔄 Refresh requested from host code"); }
 
 void initializeTaggingOverlay(const char*) {}

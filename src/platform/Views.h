@@ -136,6 +136,8 @@ public:
     virtual std::shared_ptr<ToolWindow> makeWindow(Size contentSize, WindowStyle style) = 0;
     virtual void setActivationPolicy(ActivationPolicy policy) = 0;
     virtual void activateIgnoringOtherApps(bool flag) = 0;
+    // Opens a web address in the user's default browser.
+    virtual void openURL(const std::string& url) = 0;
 };
 
 }  // namespace velmora::platform

@@ -3,6 +3,7 @@
 #include <unicode/brkiter.h>
 #include <unicode/uchar.h>
 #include <unicode/unistr.h>
+#include <unicode/ustring.h>
 
 #include <memory>
 
@@ -82,6 +83,15 @@ std::vector<std::string> splitOmittingEmpty(std::string_view text, char separato
     if (!split) return {encode(decoded)};
     flush(decoded.length());
     return pieces;
+}
+
+std::string repairedUTF8(std::string_view bytes) { return encode(decode(bytes)); }
+
+bool isValidUTF8(std::string_view bytes) {
+    UErrorCode status = U_ZERO_ERROR;
+    int32_t length = 0;
+    u_strFromUTF8(nullptr, 0, &length, bytes.data(), static_cast<int32_t>(bytes.size()), &status);
+    return status == U_BUFFER_OVERFLOW_ERROR || status == U_ZERO_ERROR || status == U_STRING_NOT_TERMINATED_WARNING;
 }
 
 }  // namespace velmora::support

@@ -3,7 +3,7 @@
 // Unicode's, whatever the process locale.
 //
 // Provides: characterCount(), trimNonAlphanumerics(), uppercasedFully(),
-// splitOmittingEmpty().
+// splitOmittingEmpty(), repairedUTF8(), isValidUTF8().
 // Input is UTF-8; an ill-formed sequence reads as U+FFFD, as the platform
 // repairs text it is handed. Pure; any thread.
 #pragma once
@@ -28,5 +28,12 @@ std::string uppercasedFully(std::string_view text);
 // The pieces between characters equal to `separator`, empty ones left out.
 // A separator that a combining mark joins is another character and does not split.
 std::vector<std::string> splitOmittingEmpty(std::string_view text, char separator);
+
+// The bytes as text: each ill-formed sequence becomes U+FFFD, as the
+// platform decodes bytes it is handed as UTF-8.
+std::string repairedUTF8(std::string_view bytes);
+
+// True when the bytes decode as UTF-8 without a single repair.
+bool isValidUTF8(std::string_view bytes);
 
 }  // namespace velmora::support

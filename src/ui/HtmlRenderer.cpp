@@ -348,6 +348,7 @@ private:
         }
         if (n.mod.fixedSize) style += "white-space:nowrap;flex-shrink:0;";
         if (n.mod.animation) style += "transition:all " + num(*n.mod.animation) + "s ease-in-out;";
+        if (n.mod.aspectRatio) style += "aspect-ratio:" + num(*n.mod.aspectRatio) + ";";
         if (n.mod.lineLimit) {
             if (*n.mod.lineLimit == 1) {
                 style += "white-space:nowrap;overflow:hidden;text-overflow:ellipsis;";

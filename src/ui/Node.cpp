@@ -190,6 +190,11 @@ Node& Node::animation(double seconds) & {
     return *this;
 }
 
+Node& Node::aspectRatio(double widthOverHeight) & {
+    mod.aspectRatio = widthOverHeight;
+    return *this;
+}
+
 Node& Node::defaultAction() & {
     isDefaultAction = true;
     return *this;
@@ -407,7 +412,7 @@ bool hasHover(const Node& node) { return static_cast<bool>(node.onHover); }
 
 void collectIn(const Node& node, const std::string& key, bool (*carries)(const Node&), std::vector<const Node*>& hits) {
     if (carries(node)) {
-        if (node.text == key || node.mod.help == key ||
+        if (node.text == key || node.mod.help == key || node.mod.accessibilityIdentifier == key ||
             (node.kind == Kind::button && node.text.empty() && findText(node, key))) {
             hits.push_back(&node);
         }
@@ -538,6 +543,7 @@ void describeInto(const Node& node, int depth, std::vector<std::string>& lines) 
     if (m.lineLimit) line += " lines " + std::to_string(*m.lineLimit);
     if (m.fixedSize) line += " fixed";
     if (m.animation) line += " animation " + number(*m.animation);
+    if (m.aspectRatio) line += " aspect " + number(*m.aspectRatio);
     if (node.isDefaultAction) line += " default";
     if (node.resizable) line += node.aspectFit ? " fit" : " fill";
     if (!m.padding.isZero()) line += " padding " + edgesText(m.padding);

@@ -79,6 +79,8 @@ inline constexpr double bodySize = 13;
 inline constexpr double headlineSize = 13;  // drawn bold
 inline constexpr double captionSize = 10;
 inline constexpr double footnoteSize = 10;
+// The padding a view gets when none is given.
+inline constexpr double defaultPadding = 16;
 
 struct Font {
     double size = 13;  // the platform's body size
@@ -227,6 +229,7 @@ struct Node {
         std::optional<int> lineLimit;
         bool fixedSize = false;  // keeps its ideal size: never wraps, never shrinks
         std::optional<double> animation;  // seconds, ease in and out, over which changes are shown
+        std::optional<double> aspectRatio;  // width over height, kept when the width is set by the layout
         // Descriptive.
         std::string help;
         std::string identity;  // stable identity among siblings
@@ -263,6 +266,7 @@ struct Node {
     Node& lineLimit(int lines) &;
     Node& fixedSize() &;
     Node& animation(double seconds) &;
+    Node& aspectRatio(double widthOverHeight) &;
     Node& defaultAction() &;
     Node& makeResizable(bool fit = true) &;
     Node& help(std::string text) &;
@@ -293,6 +297,7 @@ struct Node {
     VELMORA_UI_RVALUE(lineLimit)
     VELMORA_UI_RVALUE(fixedSize)
     VELMORA_UI_RVALUE(animation)
+    VELMORA_UI_RVALUE(aspectRatio)
     VELMORA_UI_RVALUE(defaultAction)
     VELMORA_UI_RVALUE(makeResizable)
     VELMORA_UI_RVALUE(help)
@@ -356,8 +361,8 @@ const Node* findNode(const Node& root, const std::function<bool(const Node&)>& m
 // The first node with this text (label, string) and a kind of its own, or
 // nullptr. Useful in tests: findText(tree, "Suggested Shortcuts")->font->size.
 const Node* findText(const Node& root, const std::string& text);
-// The first node that carries an action and whose label or help text is
-// `labelOrHelp`. A button whose label is content counts when any text inside
+// The first node that carries an action and whose label, help text or
+// accessibility identifier is `labelOrHelp`. A button whose label is content counts when any text inside
 // it matches. Picker/menu items count; popover content only when presented.
 const Node* findActionable(const Node& root, const std::string& labelOrHelp);
 // Every such node, in reading order (depth first, parent before children).

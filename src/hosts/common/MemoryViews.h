@@ -120,6 +120,7 @@ public:
     }
     void setActivationPolicy(platform::ActivationPolicy policy) override { activationPolicy_ = policy; }
     void activateIgnoringOtherApps(bool) override { ++activations_; }
+    void openURL(const std::string& url) override { openedURLs_.push_back(url); }
 
     void addWindow(std::shared_ptr<platform::Window> window) { windows_.push_back(std::move(window)); }
     void setKeyWindow(std::shared_ptr<platform::Window> window) { keyWindow_ = std::move(window); }
@@ -131,6 +132,7 @@ public:
     }
     std::optional<platform::ActivationPolicy> activationPolicy() const { return activationPolicy_; }
     int activations() const { return activations_; }
+    const std::vector<std::string>& openedURLs() const { return openedURLs_; }
 
 private:
     void ordered(MemoryToolWindow* which, bool front) {
@@ -159,6 +161,7 @@ private:
     std::vector<std::shared_ptr<platform::Window>> previousKeys_;
     std::optional<platform::ActivationPolicy> activationPolicy_;
     int activations_ = 0;
+    std::vector<std::string> openedURLs_;
 };
 
 }  // namespace velmora::hosts
