@@ -3,6 +3,7 @@
 #include <charconv>
 #include <cmath>
 #include <cstdio>
+#include <cstring>
 
 #include <fmt/format.h>
 
@@ -93,6 +94,48 @@ int hexDigitValue(char c) {
     if (c >= 'a' && c <= 'f') return c - 'a' + 10;
     if (c >= 'A' && c <= 'F') return c - 'A' + 10;
     return -1;
+}
+
+namespace {
+constexpr const char* base64Alphabet = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
+}  // namespace
+
+std::string base64Encoded(std::string_view data) {
+    std::string out;
+    out.reserve((data.size() + 2) / 3 * 4);
+    std::size_t i = 0;
+    for (; i + 2 < data.size(); i += 3) {
+        const unsigned v = (static_cast<unsigned char>(data[i]) << 16) | (static_cast<unsigned char>(data[i + 1]) << 8) |
+                           static_cast<unsigned char>(data[i + 2]);
+        for (int shift : {18, 12, 6, 0}) out += base64Alphabet[(v >> shift) & 63];
+    }
+    if (i < data.size()) {
+        unsigned v = static_cast<unsigned char>(data[i]) << 16;
+        if (i + 1 < data.size()) v |= static_cast<unsigned char>(data[i + 1]) << 8;
+        out += base64Alphabet[(v >> 18) & 63];
+        out += base64Alphabet[(v >> 12) & 63];
+        out += i + 1 < data.size() ? base64Alphabet[(v >> 6) & 63] : '=';
+        out += '=';
+    }
+    return out;
+}
+
+std::optional<std::string> base64Decoded(std::string_view text) {
+    while (!text.empty() && text.back() == '=') text.remove_suffix(1);
+    std::string out;
+    unsigned buffer = 0;
+    int bits = 0;
+    for (char c : text) {
+        const char* at = c ? std::strchr(base64Alphabet, c) : nullptr;
+        if (!at) return std::nullopt;
+        buffer = buffer << 6 | static_cast<unsigned>(at - base64Alphabet);
+        bits += 6;
+        if (bits >= 8) {
+            bits -= 8;
+            out += static_cast<char>((buffer >> bits) & 0xFF);
+        }
+    }
+    return out;
 }
 
 }  // namespace velmora::support

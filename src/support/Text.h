@@ -2,9 +2,11 @@
 // the log shows them, and locale-independent number formatting.
 //
 // Provides: swiftDescription(double), quoted(), arrayDescription(),
-// formatFixed(), trim helpers, lowercased(), hexDigitValue().
+// formatFixed(), trim helpers, lowercased(), hexDigitValue(), base64Encoded(),
+// base64Decoded().
 #pragma once
 
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -26,6 +28,11 @@ std::string formatFixed(double value, int decimals);
 
 // The text with &, <, >, " and ' written as HTML entities.
 std::string htmlEscaped(std::string_view text);
+
+// Base64 with padding, as data URIs carry bytes.
+std::string base64Encoded(std::string_view data);
+// The bytes of a base64 text; nothing when it holds anything else.
+std::optional<std::string> base64Decoded(std::string_view text);
 
 // The value of an ASCII hexadecimal digit, or -1 for any other byte.
 int hexDigitValue(char c);

@@ -23,30 +23,6 @@ std::string cssColor(const Color& c) {
            support::formatFixed(std::clamp(c.alpha, 0.0, 1.0), 3) + ")";
 }
 
-std::string base64(std::string_view data) {
-    static const char* table = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
-    std::string out;
-    out.reserve((data.size() + 2) / 3 * 4);
-    std::size_t i = 0;
-    for (; i + 2 < data.size(); i += 3) {
-        unsigned v = (static_cast<unsigned char>(data[i]) << 16) | (static_cast<unsigned char>(data[i + 1]) << 8) |
-                     static_cast<unsigned char>(data[i + 2]);
-        out += table[(v >> 18) & 63];
-        out += table[(v >> 12) & 63];
-        out += table[(v >> 6) & 63];
-        out += table[v & 63];
-    }
-    if (i < data.size()) {
-        unsigned v = static_cast<unsigned char>(data[i]) << 16;
-        if (i + 1 < data.size()) v |= static_cast<unsigned char>(data[i + 1]) << 8;
-        out += table[(v >> 18) & 63];
-        out += table[(v >> 12) & 63];
-        out += i + 1 < data.size() ? table[(v >> 6) & 63] : '=';
-        out += '=';
-    }
-    return out;
-}
-
 // The image type by its first bytes, then by the name; nothing for data no
 // browser would draw.
 std::string mimeType(const std::string& path, const std::string& data) {
@@ -73,7 +49,7 @@ std::optional<std::string> imageDataURI(const std::string& path) {
     if (!data || data->empty()) return std::nullopt;
     const std::string mime = mimeType(path, *data);
     if (mime.empty()) return std::nullopt;
-    return "data:" + mime + ";base64," + base64(*data);
+    return "data:" + mime + ";base64," + support::base64Encoded(*data);
 }
 
 const char* weightNumber(FontWeight weight) {

@@ -25,5 +25,21 @@ TEST(Text, LowercasesAsciiOnlyAndTrimsWhitespace) {
     EXPECT_EQ(trimWhitespace(" \n "), "");
 }
 
+TEST(Text, Base64RoundTripsEveryLengthAndRefusesOtherText) {
+    EXPECT_EQ(base64Encoded(""), "");
+    EXPECT_EQ(base64Encoded("f"), "Zg==");
+    EXPECT_EQ(base64Encoded("fo"), "Zm8=");
+    EXPECT_EQ(base64Encoded("foo"), "Zm9v");
+    std::string bytes;
+    for (int i = 0; i < 256; ++i) bytes += static_cast<char>(i);
+    for (std::size_t length = 0; length < 8; ++length) {
+        const auto part = bytes.substr(250 - length);
+        EXPECT_EQ(base64Decoded(base64Encoded(part)), part) << length;
+    }
+    EXPECT_EQ(base64Decoded(base64Encoded(bytes)), bytes);
+    EXPECT_EQ(base64Decoded("Zm9v!"), std::nullopt);
+    EXPECT_EQ(base64Decoded(std::string_view("Zg\0=", 4)), std::nullopt);
+}
+
 }  // namespace
 }  // namespace velmora::support
