@@ -27,12 +27,14 @@ const char* hostShapeType(ShapeKind kind) {
         case ShapeKind::textbox: return "17";
         case ShapeKind::line: return "9";
         case ShapeKind::table: return "19";
+        case ShapeKind::picture: return "13";
         default: return "1";  // an auto shape
     }
 }
 
 nlohmann::ordered_json shapeJSON(const Shape& shape, std::size_t zOrder) {
-    const bool textFrame = shape.kind != ShapeKind::line && shape.kind != ShapeKind::table;
+    const bool textFrame =
+        shape.kind != ShapeKind::line && shape.kind != ShapeKind::table && shape.kind != ShapeKind::picture;
     return {
         {"ID", shape.id},
         {"Name", shape.name},
@@ -94,6 +96,7 @@ std::string_view kindName(ShapeKind kind) {
         case ShapeKind::textbox: return "textbox";
         case ShapeKind::line: return "line";
         case ShapeKind::table: return "table";
+        case ShapeKind::picture: return "picture";
     }
     return "rect";
 }
@@ -135,6 +138,8 @@ Shape Shape::made(ShapeKind kind) {
             break;
         case ShapeKind::table:
             shape.table = TableGrid{};
+            break;
+        case ShapeKind::picture:
             break;
     }
     return shape;

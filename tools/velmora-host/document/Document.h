@@ -33,7 +33,7 @@ std::optional<Rgb> parseHexColor(std::string_view text);
 // negative one, per channel and rounded.
 Rgb tinted(Rgb color, double tint);
 
-enum class ShapeKind { rect, ellipse, textbox, line, table };
+enum class ShapeKind { rect, ellipse, textbox, line, table, picture };
 std::string_view kindName(ShapeKind kind);
 std::optional<ShapeKind> kindNamed(std::string_view name);
 
@@ -63,6 +63,8 @@ struct Shape {
     double lineWeight = 1;  // points
     LineEnd end = LineEnd::none;
     std::optional<TableGrid> table;  // set for a table
+    std::string picture;             // a picture's image file (PNG bytes); empty: none came with it
+    std::string source;              // what a picture was inserted from
 
     // A new shape of this kind as the host inserts one with the default theme.
     static Shape made(ShapeKind kind);

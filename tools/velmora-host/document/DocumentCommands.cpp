@@ -43,7 +43,7 @@ struct ShapeEdit {
             if (key != "type") continue;
             found = kindNamed(value);
             // A table's grid comes only with the InsertTable macro.
-            if (!found || *found == ShapeKind::table) fail("type is rect, ellipse, textbox or line, not '" + value + "'");
+            if (!found || *found == ShapeKind::table || *found == ShapeKind::picture) fail("type is rect, ellipse, textbox or line, not '" + value + "'");
         }
         return found;
     }
@@ -192,7 +192,8 @@ void macroCommand(const Arguments& a) {
 }
 
 // "rows=4 columns=5 header=row,column separators=yes paste=no reference=no" for
-// a table, "weight=1.5 end=triangle" for a line.
+// a table, "weight=1.5 end=triangle" for a line, "source=NAME image=yes" for
+// a picture.
 std::string kindDetails(const Shape& shape) {
     auto yes = [](bool on) { return on ? "yes" : "no"; };
     if (shape.kind == ShapeKind::table && shape.table) {
@@ -202,6 +203,9 @@ std::string kindDetails(const Shape& shape) {
                            yes(t.separators), yes(t.pasted), yes(t.fromReference));
     }
     if (shape.kind == ShapeKind::line) return fmt::format(" weight={} end={}", decimal(shape.lineWeight), lineEndName(shape.end));
+    if (shape.kind == ShapeKind::picture) {
+        return fmt::format(" source={} image={}", shape.source, yes(!shape.picture.empty()));
+    }
     return {};
 }
 

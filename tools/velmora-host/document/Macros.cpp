@@ -3,10 +3,14 @@
 #include <algorithm>
 #include <charconv>
 #include <cmath>
+#include <filesystem>
+#include <fstream>
 #include <functional>
+#include <sstream>
 
 #include "Host.h"
 #include "document/Document.h"
+#include "support/Text.h"
 
 namespace velmora::host {
 
@@ -188,6 +192,31 @@ void insertLine(DocumentState& doc, const MacroCall& call) {
     insertSelected(doc, std::move(line), "Line");
 }
 
+// A template's presentation file as the cloud serves it: a first line that
+// names the format, then "key: value" lines (id, title, and the slide's
+// picture as base64 PNG). The host inserts it as a new slide after the
+// current one, the picture filling it; a file of another kind gives a slide
+// with its name alone.
+Shape templatePicture(const std::string& bytes, const std::string& path) {
+    Shape picture = Shape::made(ShapeKind::picture);
+    picture.left = 0;
+    picture.top = 0;
+    picture.width = slideWidth;
+    picture.height = slideHeight;
+    picture.source = std::filesystem::path(path).filename().string();
+    if (bytes.rfind("VELMORA TEMPLATE FIXTURE\n", 0) != 0) return picture;
+    std::istringstream lines(bytes);
+    for (std::string line; std::getline(lines, line);) {
+        const auto colon = line.find(": ");
+        if (colon == std::string::npos) continue;
+        const std::string key = line.substr(0, colon), value = line.substr(colon + 2);
+        if (key == "id") picture.source = value;
+        if (key == "title") picture.text = value;
+        if (key == "picture") picture.picture = support::base64Decoded(value).value_or("");
+    }
+    return picture;
+}
+
 }  // namespace
 
 void installDocumentMacros(Host& host) {
@@ -217,6 +246,22 @@ void installDocumentMacros(Host& host) {
             return std::nullopt;
         });
     }
+    // The file is read outside the document's lock; a path the host cannot
+    // open changes nothing.
+    host.handleMacro("InsertFromTemplateLibrary", [&host](const MacroCall& call) -> std::optional<std::string> {
+        if (call.parameters.size() != 2 || host.sandboxRoot().empty()) return std::nullopt;
+        std::ifstream in(host.sandboxRoot() + call.parameters[0], std::ios::binary);
+        if (!in) return std::nullopt;
+        std::ostringstream bytes;
+        bytes << in.rdbuf();
+        Shape picture = templatePicture(bytes.str(), call.parameters[0]);
+        host.document().with([&](DocumentState& doc) {
+            doc.slides.insert(doc.slides.begin() + static_cast<std::ptrdiff_t>(doc.current) + 1, Slide{});
+            ++doc.current;
+            insertSelected(doc, std::move(picture), "Picture");
+        });
+        return std::nullopt;
+    });
     host.handleMacro("GetThemeColorsHexCsv", [&host](const MacroCall&) -> std::optional<std::string> {
         return host.document().with([](DocumentState& doc) { return doc.themeText; });
     });

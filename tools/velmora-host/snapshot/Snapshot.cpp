@@ -72,6 +72,16 @@ std::string shapeElement(const Shape& shape, int order, double scale, Rgb accent
     if (shape.kind == ShapeKind::line) {
         inner = lineSvg(shape, scale);
         data = " data-weight=\"" + number(shape.lineWeight) + "\" data-end=\"" + std::string(lineEndName(shape.end)) + "\"";
+    } else if (shape.kind == ShapeKind::picture) {
+        // The picture fills its frame; one without an image shows its title.
+        if (!shape.picture.empty()) {
+            inner = "<img alt=\"\" style=\"width:100%;height:100%;object-fit:contain;display:block\" src=\"data:image/png;base64," +
+                    support::base64Encoded(shape.picture) + "\">";
+        } else {
+            style += ";background-color:#e8e8e8";
+            inner = "<span>" + support::htmlEscaped(shape.text) + "</span>";
+        }
+        data = " data-source=\"" + support::htmlEscaped(shape.source) + "\"";
     } else if (shape.kind == ShapeKind::table && shape.table) {
         style += ";background-color:" + (shape.fill ? shape.fill->hex() : std::string("transparent"));
         inner = tableGrid(*shape.table, accent);
