@@ -41,8 +41,29 @@ std::string cdnBase() {
 
 std::shared_ptr<TemplateLibraryViewModel> TemplateLibraryViewModel::make() {
     std::shared_ptr<TemplateLibraryViewModel> model(new TemplateLibraryViewModel());
+    std::weak_ptr<TemplateLibraryViewModel> weak = model;
+    platform::registerInspector("templates", [weak] {
+        auto alive = weak.lock();
+        return alive ? alive->describe() : std::vector<std::string>{};
+    });
     model->loadRemoteThumbnails();
     return model;
+}
+
+std::vector<std::string> TemplateLibraryViewModel::describe() const {
+    std::vector<std::string> lines{std::string("templates: loading ") + (isLoading.get() ? "yes" : "no"),
+                                   "templates: categories " + support::arrayDescription(categories.get()),
+                                   "templates: packs " + support::arrayDescription(packs.get())};
+    // Locations below the CDN show relative to it, so the lines do not
+    // depend on where the CDN is.
+    const std::string base = cdnBase();
+    for (const auto& item : items.get()) {
+        const bool below = !base.empty() && item.pptx.rfind(base, 0) == 0;
+        lines.push_back("templates: " + item.id + " cat=" + support::arrayDescription(item.cat) +
+                        " pack=" + support::arrayDescription(item.pack) + " thumb=" + lastPathComponent(item.thumb) +
+                        " pptx=" + (below ? "<cdn>/" + item.pptx.substr(base.size()) : item.pptx));
+    }
+    return lines;
 }
 
 void TemplateLibraryViewModel::log(LogLevel level, const std::string& text) const {

@@ -47,6 +47,8 @@ public:
     void trackTemplateUsage(const std::string& slideId);
 
     void log(platform::LogLevel level, const std::string& text) const;
+    // The state as lines for the host's `show templates`.
+    std::vector<std::string> describe() const;
 
 private:
     TemplateLibraryViewModel() = default;

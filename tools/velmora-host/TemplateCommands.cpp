@@ -1,0 +1,26 @@
+// The template library in the simulator: what its view model holds. The
+// pane opens with `open templates`; its filters and cells are tapped by
+// label (`tap Templates Sales`, `tap Templates tpl-003`).
+//
+// Show: `show templates`.
+
+#include "Host.h"
+#include "Scenario.h"
+
+namespace velmora::host {
+
+namespace {
+
+[[maybe_unused]] const bool registered[] = {
+    registerShow({"templates", "show templates", 0, 0,
+                  [](const Arguments&) {
+                      auto& host = Host::instance();
+                      auto lines = host.inspect("templates");
+                      if (!lines) lines = std::vector<std::string>{"templates: (never opened)"};
+                      for (const auto& line : *lines) host.emit(line);
+                  }}),
+};
+
+}  // namespace
+
+}  // namespace velmora::host
