@@ -11,6 +11,8 @@
 #include <fstream>
 #include <stdexcept>
 
+#include "support/Text.h"
+
 namespace velmora::cloud {
 
 namespace {
@@ -182,8 +184,9 @@ std::string thumbnailPNG(int number) {
 }
 
 std::string presentationBytes(const TemplateFixture& fixture) {
-    std::string bytes = fmt::format("VELMORA TEMPLATE FIXTURE\nid: {}\ntitle: {}\nnumber: {}\n", fixture.id,
-                                    fixture.title, fixture.number);
+    // The slide's picture travels inside the file, as a real deck carries its slide.
+    std::string bytes = fmt::format("VELMORA TEMPLATE FIXTURE\nid: {}\ntitle: {}\nnumber: {}\npicture: {}\n", fixture.id,
+                                    fixture.title, fixture.number, support::base64Encoded(thumbnailPNG(fixture.number)));
     // Long enough that half of it still names the template.
     while (bytes.size() < 1024) bytes += fmt::format("{}:{}\n", fixture.id, bytes.size());
     return bytes;

@@ -221,6 +221,7 @@ Host::Host()
         if (!connection_.fileRoot.empty()) options.dataDirectory = connection_.fileRoot + "/cloud";
         cloud_ = std::make_unique<cloud::Cloud>(options);
         ports->config = std::make_shared<CloudConfig>(cloud_->serviceBaseURL(), cloud_->cdnBaseURL());
+        cloudAddress_ = "127.0.0.1:" + std::to_string(cloud_->port());
     } catch (const std::exception& error) {
         std::fprintf(stderr, "velmora-host: the cloud did not start: %s\n", error.what());
         ports->config = std::make_shared<CloudConfig>("http://127.0.0.1:9/api", "http://127.0.0.1:9/cdn/");
@@ -333,7 +334,14 @@ std::optional<std::string> Host::load(const std::string& libraryPath) {
     return std::nullopt;
 }
 
-void Host::emit(const std::string& line) {
+void Host::emit(const std::string& text) {
+    // The cloud's port changes from run to run; transcripts must not.
+    std::string line = text;
+    if (!cloudAddress_.empty()) {
+        for (auto at = line.find(cloudAddress_); at != std::string::npos; at = line.find(cloudAddress_, at)) {
+            line.replace(at, cloudAddress_.size(), "127.0.0.1:*");
+        }
+    }
     std::lock_guard lock(outputMutex_);
     std::fwrite(line.data(), 1, line.size(), stdout);
     std::fputc('\n', stdout);

@@ -83,7 +83,8 @@ public:
     std::optional<std::string> load(const std::string& libraryPath);
     const Exports& exports() const { return exports_; }
 
-    // The transcript: one line per event, safe from any thread.
+    // The transcript: one line per event, safe from any thread. The cloud's
+    // port is written as "*".
     void emit(const std::string& line);
     // Line feeds written as \n (other control characters as \u{1b}), so one
     // event stays one line and a terminal shows it as it is.
@@ -204,6 +205,7 @@ private:
     std::shared_ptr<platform::View> splitView_;
     hosts::linuxhost::HostConnection connection_;
     std::unique_ptr<cloud::Cloud> cloud_;
+    std::string cloudAddress_;  // "127.0.0.1:PORT", written as "127.0.0.1:*" in the transcript
 };
 
 }  // namespace velmora::host
