@@ -2,7 +2,8 @@
 // pane opens with `open templates`; its filters and cells are tapped by
 // label (`tap Templates Sales`, `tap Templates tpl-003`).
 //
-// Show: `show templates`.
+// Shows: `show templates`, `show browser` (the web addresses the library
+// opened in the user's browser).
 
 #include "Host.h"
 #include "Scenario.h"
@@ -18,6 +19,13 @@ namespace {
                       auto lines = host.inspect("templates");
                       if (!lines) lines = std::vector<std::string>{"templates: (never opened)"};
                       for (const auto& line : *lines) host.emit(line);
+                  }}),
+    registerShow({"browser", "show browser", 0, 0,
+                  [](const Arguments&) {
+                      auto& host = Host::instance();
+                      const auto& urls = host.views().openedURLs();
+                      if (urls.empty()) host.emit("browser: (nothing opened)");
+                      for (const auto& url : urls) host.emit("browser: " + url);
                   }}),
 };
 
