@@ -196,6 +196,7 @@ Host::Host()
       accessibility_(std::make_shared<hosts::MemoryAccessibility>()),
       web_(std::make_shared<hosts::MemoryWeb>()),
       monitors_(std::make_shared<hosts::MonitorRegistry>()) {
+    pool_.hold();  // background work waits for the run loop to settle
     auto ports = std::make_shared<platform::Platform>();
     ports->script = std::make_shared<MacroProject>();
     ports->dispatch = std::make_shared<SimulatedDispatch>();
@@ -369,8 +370,12 @@ std::string Host::oneLine(const std::string& text) {
 bool Host::isMainThread() const { return std::this_thread::get_id() == mainThread_; }
 
 void Host::settle() {
+    // Background work runs only while the main thread waits here, so the
+    // transcript has one order whatever the threads do.
     for (;;) {
+        pool_.release();
         pool_.waitIdle();
+        pool_.hold();
         noteWindowOrder();
         if (mainQueue_.runDue() == 0) break;
     }

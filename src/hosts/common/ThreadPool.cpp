@@ -12,6 +12,7 @@ ThreadPool::~ThreadPool() {
     {
         std::lock_guard lock(mutex_);
         stopping_ = true;
+        held_ = false;
     }
     wake_.notify_all();
     for (auto& worker : workers_) worker.join();
@@ -30,6 +31,19 @@ void ThreadPool::waitIdle() {
     idle_.wait(lock, [this] { return tasks_.empty() && running_ == 0; });
 }
 
+void ThreadPool::hold() {
+    std::lock_guard lock(mutex_);
+    held_ = true;
+}
+
+void ThreadPool::release() {
+    {
+        std::lock_guard lock(mutex_);
+        held_ = false;
+    }
+    wake_.notify_all();
+}
+
 bool ThreadPool::isWorkerThread() const {
     const auto self = std::this_thread::get_id();
     return std::any_of(workers_.begin(), workers_.end(), [self](const std::thread& t) { return t.get_id() == self; });
@@ -38,7 +52,7 @@ bool ThreadPool::isWorkerThread() const {
 void ThreadPool::work() {
     std::unique_lock lock(mutex_);
     for (;;) {
-        wake_.wait(lock, [this] { return stopping_ || !tasks_.empty(); });
+        wake_.wait(lock, [this] { return stopping_ || (!held_ && !tasks_.empty()); });
         if (tasks_.empty()) return;  // stopping, nothing left
         auto task = std::move(tasks_.front());
         tasks_.pop_front();
