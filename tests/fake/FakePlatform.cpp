@@ -220,7 +220,9 @@ FakePlatform::~FakePlatform() {
     std::filesystem::remove_all(root_, ec);
 }
 
-void FakePlatform::install() {
+void FakePlatform::install() { platform::install(ports()); }
+
+std::shared_ptr<platform::Platform> FakePlatform::ports() const {
     auto platform = std::make_shared<platform::Platform>();
     platform->script = script;
     platform->dispatch = dispatch;
@@ -235,7 +237,7 @@ void FakePlatform::install() {
     platform->config = config;
     platform->inspection = inspection;
     platform->panes = panes;
-    platform::install(std::move(platform));
+    return platform;
 }
 
 }  // namespace velmora::testing

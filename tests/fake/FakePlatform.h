@@ -16,12 +16,14 @@
 #include <mutex>
 #include <optional>
 #include <string>
+#include <thread>
 #include <vector>
 
 #include "hosts/common/MemoryAccessibility.h"
 #include "hosts/common/MemoryViews.h"
 #include "hosts/common/MemoryWeb.h"
 #include "hosts/common/MonitorRegistry.h"
+#include "hosts/common/ThreadPool.h"
 #include "hosts/common/VirtualClockQueue.h"
 #include "hosts/linux/LinuxAdapters.h"
 #include "platform/Platform.h"
@@ -158,6 +160,29 @@ public:
     std::vector<std::pair<std::weak_ptr<platform::View>, platform::PaneAccess>> panes;
 };
 
+// The main queue runs on the thread that made it, when that thread drains
+// it; global blocks run on a real pool meanwhile. For tests of the library
+// with truly concurrent threads.
+class PooledDispatch : public platform::DispatchPort {
+public:
+    void mainAsync(platform::Task task) override { main.post(0, std::move(task)); }
+    void mainAsyncAfter(double seconds, platform::Task task) override { main.post(seconds, std::move(task)); }
+    void globalAsync(platform::QualityOfService, platform::Task task) override { pool.post(std::move(task)); }
+    bool isMainThread() const override { return std::this_thread::get_id() == mainThread; }
+
+    // Waits for the pool and runs the main queue until neither has work.
+    void settle() {
+        for (;;) {
+            pool.waitIdle();
+            if (main.runDue() == 0) break;
+        }
+    }
+
+    hosts::VirtualClockQueue main;
+    hosts::ThreadPool pool{4};
+    std::thread::id mainThread = std::this_thread::get_id();
+};
+
 // Owns one fake of every port and the temporary root below which files live.
 class FakePlatform {
 public:
@@ -168,6 +193,8 @@ public:
 
     // Installs this platform as the one the library uses.
     void install();
+    // The ports as an aggregate, to install with some of them replaced.
+    std::shared_ptr<platform::Platform> ports() const;
 
     std::shared_ptr<FakeScript> script = std::make_shared<FakeScript>();
     std::shared_ptr<FakeDispatch> dispatch = std::make_shared<FakeDispatch>();
