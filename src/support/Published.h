@@ -4,11 +4,15 @@
 // Written on the main queue; every write notifies the observers, in the
 // order they subscribed, on the writing thread, after the value is stored.
 // Reads are safe from any thread: a short lock guards a copy, so a reader
-// elsewhere sees the old value or the new one, never a torn one.
+// elsewhere sees the old value or the new one, never a torn one. Observers
+// see a shared snapshot rather than a copy, and a change made while no
+// snapshot is out happens in place, so growing a long list one element at a
+// time costs no copy of it.
 #pragma once
 
 #include <cstdint>
 #include <functional>
+#include <memory>
 #include <mutex>
 #include <utility>
 #include <vector>
@@ -21,28 +25,30 @@ public:
     using Observer = std::function<void(const T&)>;
     using Token = std::uint64_t;
 
-    Published() = default;
-    explicit Published(T initial) : value_(std::move(initial)) {}
+    Published() : value_(std::make_shared<T>()) {}
+    explicit Published(T initial) : value_(std::make_shared<T>(std::move(initial))) {}
 
     T get() const {
         std::lock_guard lock(mutex_);
-        return value_;
+        return *value_;
     }
 
     void set(T value) {
         {
             std::lock_guard lock(mutex_);
-            value_ = std::move(value);
+            value_ = std::make_shared<T>(std::move(value));
         }
         notify();
     }
 
-    // Changes the value in place and notifies once.
+    // Changes the value and notifies once. The change goes to a copy only
+    // when an observer still holds the current snapshot.
     template <typename Change>
     void modify(Change&& change) {
         {
             std::lock_guard lock(mutex_);
-            change(value_);
+            if (value_.use_count() != 1) value_ = std::make_shared<T>(*value_);
+            change(*value_);
         }
         notify();
     }
@@ -61,17 +67,18 @@ public:
 private:
     void notify() {
         std::vector<std::pair<Token, Observer>> observers;
-        T value;
+        std::shared_ptr<const T> snapshot;
         {
             std::lock_guard lock(mutex_);
+            if (observers_.empty()) return;
             observers = observers_;
-            value = value_;
+            snapshot = value_;
         }
-        for (const auto& [token, observer] : observers) observer(value);
+        for (const auto& [token, observer] : observers) observer(*snapshot);
     }
 
     mutable std::mutex mutex_;
-    T value_{};
+    std::shared_ptr<T> value_;
     std::vector<std::pair<Token, Observer>> observers_;
     Token lastToken_ = 0;
 };

@@ -207,6 +207,47 @@ TEST_F(TemplateSyncTest, ATapDownloadsOnceInsertsAndReportsEvenAFailure) {
     EXPECT_TRUE(logged("notice", "[Usage] Success: <empty>"));
 }
 
+TEST_F(TemplateSyncTest, AnUnwritableCacheFailsTheSyncOrTheDownloadAndNothingElse) {
+    serveCatalogue();
+    // A file where the cache folders would go: neither can be made.
+    platform::FilesPort& files = *fake.files;
+    const std::string library = platform::files().applicationSupportDirectory() + "/Microsoft/Velmora/User/TemplateLibrary";
+    ASSERT_TRUE(files.createDirectories(platform::files().applicationSupportDirectory() + "/Microsoft/Velmora/User"));
+    ASSERT_TRUE(files.write(library, "in the way", false));
+    auto model = TemplateLibraryViewModel::make();
+    fake.dispatch->runUntilIdle();
+    EXPECT_TRUE(model->items.get().empty());
+    EXPECT_FALSE(model->isLoading.get());
+    const auto lines = fake.log->lines();
+    EXPECT_TRUE(std::any_of(lines.begin(), lines.end(), [](const auto& l) { return l.rfind("Remote manifest failed → ", 0) == 0; }));
+
+    auto pane = std::make_shared<TemplateLibraryTaskpane>(model);
+    SlideManifestItem slide{"t1", "", "", "", "", ""};
+    pane->tap(TemplateMetadataItem(slide, "thumb", cdn + "decks/one.pptx"));
+    fake.dispatch->runUntilIdle();
+    EXPECT_TRUE(fake.script->scripts().empty());
+    const auto after = fake.log->lines();
+    EXPECT_TRUE(std::any_of(after.begin(), after.end(), [](const auto& l) { return l.rfind("❌ Failed to download slide: ", 0) == 0; }));
+}
+
+TEST_F(TemplateSyncTest, TenThousandTemplatesComeInOrder) {
+    std::string manifest = R"({"slides":[)";
+    for (int i = 0; i < 10000; ++i) {
+        const std::string id = "t" + std::to_string(i);
+        manifest += (i ? "," : "") + std::string(R"({"id":")") + id + R"(","title":"","thumb":"th/)" + id +
+                    R"(.png","pptx":"p/)" + id + R"(.pptx","cat":"c)" + std::to_string(i % 7) + R"(","pack":""})";
+        fake.http->route(cdn + "th/" + id + ".png", ok("png"));
+    }
+    fake.http->route(cdn + "manifest.json", ok(manifest + "]}"));
+    auto model = TemplateLibraryViewModel::make();
+    fake.dispatch->runUntilIdle();
+    const auto items = model->items.get();
+    ASSERT_EQ(items.size(), 10000u);
+    EXPECT_EQ(items.front().id, "t0");
+    EXPECT_EQ(items.back().id, "t9999");
+    EXPECT_EQ(model->categories.get().size(), 8u);
+}
+
 TEST_F(TemplateSyncTest, APreviewOpensHalfASecondAfterThePointerComesIn) {
     auto pane = std::make_shared<TemplateLibraryTaskpane>(TemplateLibraryViewModel::make());
     fake.dispatch->runUntilIdle();
