@@ -3,6 +3,8 @@
 
 #include <gtest/gtest.h>
 
+#include <chrono>
+
 #include "Cloud.h"
 #include "fake/FakePlatform.h"
 #include "hosts/linux/LinuxAdapters.h"
@@ -60,6 +62,23 @@ TEST_F(TemplateCloudTest, ADroppedManifestConnectionEndsTheSyncAsAFailure) {
     EXPECT_TRUE(model->items.get().empty());
     EXPECT_FALSE(model->isLoading.get());
     EXPECT_EQ(model->categories.get(), std::vector<std::string>{allCategories});
+}
+
+TEST_F(TemplateCloudTest, ASlowUsageReportKeepsNoOneWaiting) {
+    cloud.addFault(cloud::parseFault({"usage", "delay", "1"}));
+    fake.process->set("/usr/sbin/system_profiler", {true, {}, "      Hardware UUID: K\n"});
+    auto model = TemplateLibraryViewModel::make();
+    dispatch->settle();
+    model->trackTemplateUsage("tpl-0001");
+    // The main queue goes on at once while the report waits on a worker.
+    bool ran = false;
+    const auto started = std::chrono::steady_clock::now();
+    platform::mainAsync([&] { ran = true; });
+    dispatch->main.runDue();
+    EXPECT_TRUE(ran);
+    EXPECT_LT(std::chrono::steady_clock::now() - started, std::chrono::milliseconds(500));
+    dispatch->settle();
+    EXPECT_TRUE(fake.log->contains("[Usage] Success: {\"ok\":true}"));
 }
 
 }  // namespace
