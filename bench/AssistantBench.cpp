@@ -11,18 +11,12 @@
 #include "assistant/AssistantViewModel.h"
 #include "assistant/Detectors.h"
 #include "assistant/ShapeMetadata.h"
+#include "QuietLog.h"
 #include "bridge/Exports.h"
 #include "fake/FakePlatform.h"
 
 namespace velmora {
 namespace {
-
-class DiscardLog : public platform::LogPort {
-public:
-    void nslog(std::string_view) override {}
-    void print(std::string_view) override {}
-    void logger(std::string_view, std::string_view, platform::LogLevel, std::string_view) override {}
-};
 
 // The fake platform with a log that keeps nothing, so the run measures the
 // formatting of the lines but not their storage.
@@ -31,7 +25,7 @@ testing::FakePlatform& benchPlatform() {
         auto* platform = new testing::FakePlatform;
         platform->install();
         auto ports = std::make_shared<platform::Platform>(platform::get());
-        ports->log = std::make_shared<DiscardLog>();
+        ports->log = std::make_shared<QuietLog>();
         platform::install(ports);
         return platform;
     }();

@@ -8,19 +8,13 @@
 #include <filesystem>
 
 #include "Cloud.h"
+#include "QuietLog.h"
 #include "fake/FakePlatform.h"
 #include "hosts/linux/LinuxAdapters.h"
 #include "templatelibrary/TemplateLibraryViewModel.h"
 
 namespace velmora {
 namespace {
-
-class QuietLog : public platform::LogPort {
-public:
-    void nslog(std::string_view) override {}
-    void print(std::string_view) override {}
-    void logger(std::string_view, std::string_view, platform::LogLevel, std::string_view) override {}
-};
 
 constexpr std::size_t templateCount = 500;
 

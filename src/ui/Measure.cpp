@@ -21,6 +21,19 @@ platform::Size textSize(const std::string& text, double fontSize) {
     return {static_cast<double>(characters(text)) * fontSize * glyphWidth, fontSize * lineHeight};
 }
 
+// Children one after another along the stack's axis, `spacing` between them.
+template <typename Measure>
+platform::Size stacked(const Node& n, Measure&& measured, double spacing, bool horizontal) {
+    double along = 0, across = 0;
+    for (const auto& child : n.children) {
+        const auto s = measured(child);
+        along += horizontal ? s.width : s.height;
+        across = std::max(across, horizontal ? s.height : s.width);
+    }
+    if (n.children.size() > 1) along += spacing * static_cast<double>(n.children.size() - 1);
+    return horizontal ? platform::Size{along, across} : platform::Size{across, along};
+}
+
 platform::Size content(const Node& n, double fontSize) {
     const double font = n.mod.font ? n.mod.font->size : fontSize;
     auto measured = [&](const Node& child) {
@@ -39,26 +52,8 @@ platform::Size content(const Node& n, double fontSize) {
         case Kind::button:
             if (n.children.empty()) return textSize(n.text, font);
             [[fallthrough]];
-        case Kind::hstack: {
-            platform::Size size;
-            for (const auto& child : n.children) {
-                auto s = measured(child);
-                size.width += s.width;
-                size.height = std::max(size.height, s.height);
-            }
-            if (n.children.size() > 1) size.width += spacing * static_cast<double>(n.children.size() - 1);
-            return size;
-        }
-        case Kind::vstack: {
-            platform::Size size;
-            for (const auto& child : n.children) {
-                auto s = measured(child);
-                size.height += s.height;
-                size.width = std::max(size.width, s.width);
-            }
-            if (n.children.size() > 1) size.height += spacing * static_cast<double>(n.children.size() - 1);
-            return size;
-        }
+        case Kind::hstack: return stacked(n, measured, spacing, true);
+        case Kind::vstack: return stacked(n, measured, spacing, false);
         case Kind::grid: {
             platform::Size cell;
             for (const auto& child : n.children) {

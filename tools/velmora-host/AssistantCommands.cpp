@@ -41,10 +41,7 @@ namespace {
                      [](const Arguments& a) { Host::instance().exports().triggerMissedAssistant(a[0].c_str()); }}),
     registerShow({"assistant", "show assistant", 0, 0,
                   [](const Arguments&) {
-                      auto& host = Host::instance();
-                      auto lines = host.inspect("assistant");
-                      if (!lines) lines = std::vector<std::string>{"suggested: (none)", "missed: (none)"};
-                      for (const auto& line : *lines) host.emit(line);
+                      Host::instance().emitInspected("assistant", {"suggested: (none)", "missed: (none)"});
                   }}),
 
     registerTourStep({300, "The assistant recommends shortcuts",

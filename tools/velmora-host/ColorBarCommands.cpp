@@ -12,12 +12,7 @@ namespace {
 
 [[maybe_unused]] const bool registered[] = {
     registerShow({"colorbar", "show colorbar", 0, 0,
-                  [](const Arguments&) {
-                      auto& host = Host::instance();
-                      auto lines = host.inspect("colorbar");
-                      if (!lines) lines = std::vector<std::string>{"colorbar: (never opened)"};
-                      for (const auto& line : *lines) host.emit(line);
-                  }}),
+                  [](const Arguments&) { Host::instance().emitInspected("colorbar", {"colorbar: (never opened)"}); }}),
 
     registerTourStep({600, "The colour bar paints the selection",
                       "The colour bar shows the presentation's theme, read through a macro that\n"

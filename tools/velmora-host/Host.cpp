@@ -405,6 +405,11 @@ std::optional<std::vector<std::string>> Host::inspect(const std::string& name) {
     return inspector();
 }
 
+void Host::emitInspected(const std::string& name, const std::vector<std::string>& absent) {
+    const auto lines = inspect(name);
+    for (const auto& line : lines ? *lines : absent) emit(line);
+}
+
 void Host::setHardwareReport(std::optional<std::string> report) {
     withMacros([&] { hardwareReport_ = std::move(report); });
 }

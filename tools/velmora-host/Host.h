@@ -151,6 +151,8 @@ public:
     // The library's text rendering of one part of its state, when that part
     // has been made; nothing before its first use.
     std::optional<std::vector<std::string>> inspect(const std::string& name);
+    // Prints those lines, or `absent` lines when that part was never made.
+    void emitInspected(const std::string& name, const std::vector<std::string>& absent);
 
     const hosts::linuxhost::HostConnection* connection() const { return &connection_; }
 

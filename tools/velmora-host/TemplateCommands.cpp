@@ -14,12 +14,7 @@ namespace {
 
 [[maybe_unused]] const bool registered[] = {
     registerShow({"templates", "show templates", 0, 0,
-                  [](const Arguments&) {
-                      auto& host = Host::instance();
-                      auto lines = host.inspect("templates");
-                      if (!lines) lines = std::vector<std::string>{"templates: (never opened)"};
-                      for (const auto& line : *lines) host.emit(line);
-                  }}),
+                  [](const Arguments&) { Host::instance().emitInspected("templates", {"templates: (never opened)"}); }}),
     registerShow({"browser", "show browser", 0, 0,
                   [](const Arguments&) {
                       auto& host = Host::instance();
