@@ -696,6 +696,8 @@ std::string symbolGlyph(const std::string& name) {
         {"square.grid.2x2", "\u25A6"},
         {"exclamationmark.triangle", "\u26A0"},
         {"keyboard", "\u2328"},
+        {"progress.indicator", "\u25CC"},
+        {"arrow.right.circle", "\u2794"},
     };
     auto it = glyphs.find(name);
     return it != glyphs.end() ? it->second : std::string("\u25A1");

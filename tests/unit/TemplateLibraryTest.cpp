@@ -248,6 +248,22 @@ TEST_F(TemplateSyncTest, TenThousandTemplatesComeInOrder) {
     EXPECT_EQ(model->categories.get().size(), 8u);
 }
 
+TEST_F(TemplateSyncTest, TheOverlayCoversThePaneWhileTheSyncRuns) {
+    serveCatalogue();
+    auto model = TemplateLibraryViewModel::make();
+    auto pane = std::make_shared<TemplateLibraryTaskpane>(model);
+    auto overlaid = [&] {
+        const auto tree = pane->body(250);
+        return ui::findNode(tree, [](const ui::Node& n) { return n.text == "progress.indicator"; }) != nullptr;
+    };
+    fake.dispatch->main.runDue();  // the main queue turns before any reply
+    EXPECT_TRUE(model->isLoading.get());
+    EXPECT_TRUE(overlaid());
+    EXPECT_EQ(model->categories.get(), std::vector<std::string>{allCategories}) << "the lists wait for the end";
+    fake.dispatch->runUntilIdle();
+    EXPECT_FALSE(overlaid());
+}
+
 TEST_F(TemplateSyncTest, APreviewOpensHalfASecondAfterThePointerComesIn) {
     auto pane = std::make_shared<TemplateLibraryTaskpane>(TemplateLibraryViewModel::make());
     fake.dispatch->runUntilIdle();
