@@ -697,7 +697,7 @@ std::string symbolGlyph(const std::string& name) {
         {"exclamationmark.triangle", "\u26A0"},
         {"keyboard", "\u2328"},
         {"progress.indicator", "\u25CC"},
-        {"arrow.right.circle", "\u2794"},
+        {"arrow.right", "\u2192"},
     };
     auto it = glyphs.find(name);
     return it != glyphs.end() ? it->second : std::string("\u25A1");
