@@ -204,7 +204,7 @@ Node TemplateLibraryTaskpane::body(double) {
                               .background(colors::white)
                               .foregroundColor(colors::black)
                               .cornerRadius(8),
-                          [] { platform::views().openURL(templateRequestPageURL); });
+                          [] { platform::views().openURL(platform::config().templateRequestPageURL()); });
 
     Frame minimum;
     minimum.minWidth = 400;

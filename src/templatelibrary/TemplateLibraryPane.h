@@ -3,7 +3,7 @@
 // the macro project and reports the use.
 //
 // Provides: filteredItems(), TemplateFilters, TemplateLibraryTaskpane,
-// TemplateLibraryContentManager, templateRequestPageURL.
+// TemplateLibraryContentManager.
 // Main thread only.
 #pragma once
 
@@ -18,9 +18,6 @@
 #include "ui/Node.h"
 
 namespace velmora {
-
-// Where "Request it" leads.
-inline constexpr const char* templateRequestPageURL = "https://velmora.app/templates/request";
 
 // At most one filter is active: choosing a category clears the pack, and
 // the reverse.

@@ -129,8 +129,10 @@ class FakeConfig : public platform::ConfigPort {
 public:
     std::string serviceBaseURL() const override { return service; }
     std::string cdnBaseURL() const override { return cdn; }
+    std::string templateRequestPageURL() const override { return requestPage; }
     std::string service = "https://service.test";
     std::string cdn = "https://cdn.test/";
+    std::string requestPage = "https://service.test/templates/request";
 };
 
 class FakeInspection : public platform::InspectionPort {

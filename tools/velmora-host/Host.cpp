@@ -38,6 +38,8 @@ public:
     CloudConfig(std::string service, std::string cdn) : service_(std::move(service)), cdn_(std::move(cdn)) {}
     std::string serviceBaseURL() const override { return service_; }
     std::string cdnBaseURL() const override { return cdn_; }
+    // The page is opened in a browser, never fetched; it lies on the cloud too.
+    std::string templateRequestPageURL() const override { return service_ + "/templates/request"; }
 
 private:
     const std::string service_, cdn_;

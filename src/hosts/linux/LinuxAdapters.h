@@ -124,12 +124,14 @@ public:
 
 class StaticConfig : public platform::ConfigPort {
 public:
-    StaticConfig(std::string service, std::string cdn) : service_(std::move(service)), cdn_(std::move(cdn)) {}
+    StaticConfig(std::string service, std::string cdn, std::string requestPage)
+        : service_(std::move(service)), cdn_(std::move(cdn)), requestPage_(std::move(requestPage)) {}
     std::string serviceBaseURL() const override { return service_; }
     std::string cdnBaseURL() const override { return cdn_; }
+    std::string templateRequestPageURL() const override { return requestPage_; }
 
 private:
-    std::string service_, cdn_;
+    std::string service_, cdn_, requestPage_;
 };
 
 }  // namespace velmora::hosts::linuxhost
