@@ -12,7 +12,9 @@ namespace {
 // install(); readers take the raw pointer, which stays valid because an
 // installed platform is kept until the process ends or a test replaces it.
 std::mutex installMutex;
-std::shared_ptr<Platform> installed;
+// Never destroyed: the library's own threads may still run while the
+// process exits, and nothing of the library is torn down.
+std::shared_ptr<Platform>& installed = *new std::shared_ptr<Platform>();
 std::atomic<Platform*> current{nullptr};
 
 }  // namespace

@@ -228,7 +228,8 @@ Node TemplateLibraryTaskpane::body(double) {
 std::shared_ptr<ui::HostingView> TemplateLibraryContentManager::hostingController;
 
 std::shared_ptr<TemplateLibraryViewModel>& TemplateLibraryContentManager::viewModel() {
-    static std::shared_ptr<TemplateLibraryViewModel> model = TemplateLibraryViewModel::make();
+    // Lives as long as the process, as the sync it started may.
+    static auto& model = *new std::shared_ptr<TemplateLibraryViewModel>(TemplateLibraryViewModel::make());
     return model;
 }
 

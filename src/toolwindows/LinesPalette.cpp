@@ -107,7 +107,8 @@ Node SlideInsertionOptionsView::body(double) {
 }
 
 std::shared_ptr<ToolWindowController>& globalLineController() {
-    static std::shared_ptr<ToolWindowController> controller;
+    // Lives as long as the process: a main-queue block may still use it at exit.
+    static auto& controller = *new std::shared_ptr<ToolWindowController>();
     return controller;
 }
 

@@ -164,7 +164,8 @@ void TableBuilderWindow::cancel() {
 // --- windows ---------------------------------------------------------------------
 
 std::shared_ptr<ToolWindowController>& globalTableController() {
-    static std::shared_ptr<ToolWindowController> controller;
+    // Lives as long as the process: a main-queue block may still use it at exit.
+    static auto& controller = *new std::shared_ptr<ToolWindowController>();
     return controller;
 }
 
