@@ -210,6 +210,15 @@ bool fillsBoth(const Node& n) {
     return false;
 }
 
+bool holdsScroll(const Node& n) {
+    if (n.kind == Kind::scroll) return true;
+    if (n.kind != Kind::vstack && n.kind != Kind::zstack) return false;
+    for (const auto& child : n.children) {
+        if (!child.mod.frame.height && holdsScroll(child)) return true;
+    }
+    return false;
+}
+
 void fillStyle(Flow flow, std::string& style) {
     if (flow == Flow::row) {
         style += "flex:1 1 auto;min-width:0;";
@@ -264,6 +273,11 @@ public:
             // Shapes take all the room offered, and so do layered stacks of them.
             if (fillsBoth(content)) {
                 inner += "flex:1 1 auto;align-self:stretch;justify-self:stretch;min-width:0;min-height:0;";
+            } else if (holdsScroll(content)) {
+                // A scroll view takes all the height offered, and so does a
+                // stack that holds one, within its frame or its layered stack.
+                if (framed) inner += "flex:1 1 auto;min-height:0;";
+                if (flow == Flow::none) (framed ? outer : inner) += "align-self:stretch;";
             }
         }
         if (m.background) decor += "background:" + cssColor(*m.background) + ";";
@@ -575,9 +589,9 @@ const char* kStyleSheet = R"CSS(
 .v-grid { display: grid; }
 .v-frame { display: flex; flex-direction: column; flex-shrink: 1; }
 .v-frame > * { flex-shrink: 1; }
-.v-scroll { display: flex; flex-direction: column; overflow: auto; align-self: stretch; flex: 1 1 auto; min-height: 0; height: 100%; }
+.v-scroll { display: flex; flex-direction: column; overflow-x: hidden; overflow-y: auto; align-self: stretch; flex: 1 1 auto; min-height: 0; height: 100%; }
 .v-scroll > * { flex-shrink: 0; }
-.v-scroll-h { flex-direction: row; }
+.v-scroll-h { flex-direction: row; overflow-x: auto; overflow-y: hidden; }
 .v-text { display: block; white-space: pre-wrap; overflow-wrap: anywhere; }
 .v-symbol, .v-glyph { display: inline-flex; align-items: center; justify-content: center; line-height: 1; }
 .v-sym-circle, .v-sym-square { display: inline-flex; align-items: center; justify-content: center; width: 1em; height: 1em;
