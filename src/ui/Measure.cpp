@@ -34,6 +34,19 @@ platform::Size stacked(const Node& n, Measure&& measured, double spacing, bool h
     return horizontal ? platform::Size{along, across} : platform::Size{across, along};
 }
 
+// The widest and the tallest of the children, as layers or cells take them.
+template <typename Measure>
+platform::Size largest(std::vector<Node>::const_iterator first, std::vector<Node>::const_iterator last,
+                       Measure&& measured) {
+    platform::Size size;
+    for (; first != last; ++first) {
+        const auto s = measured(*first);
+        size.width = std::max(size.width, s.width);
+        size.height = std::max(size.height, s.height);
+    }
+    return size;
+}
+
 platform::Size content(const Node& n, double fontSize) {
     const double font = n.mod.font ? n.mod.font->size : fontSize;
     auto measured = [&](const Node& child) {
@@ -55,12 +68,7 @@ platform::Size content(const Node& n, double fontSize) {
         case Kind::hstack: return stacked(n, measured, spacing, true);
         case Kind::vstack: return stacked(n, measured, spacing, false);
         case Kind::grid: {
-            platform::Size cell;
-            for (const auto& child : n.children) {
-                auto s = measured(child);
-                cell.width = std::max(cell.width, s.width);
-                cell.height = std::max(cell.height, s.height);
-            }
+            const auto cell = largest(n.children.begin(), n.children.end(), measured);
             const double columns = std::max(1, n.columns);
             const double rows = std::ceil(static_cast<double>(n.children.size()) / columns);
             return {columns * cell.width + (columns - 1) * spacing, rows * cell.height + std::max(0.0, rows - 1) * spacing};
@@ -70,14 +78,9 @@ platform::Size content(const Node& n, double fontSize) {
         case Kind::popover:
         case Kind::picker:
         case Kind::menu: {
-            platform::Size size;
-            for (const auto& child : n.children) {
-                auto s = measured(child);
-                size.width = std::max(size.width, s.width);
-                size.height = std::max(size.height, s.height);
-                if (n.kind == Kind::popover) break;
-            }
-            return size;
+            // A popover's content is not laid out with its anchor.
+            const auto last = n.kind == Kind::popover && !n.children.empty() ? n.children.begin() + 1 : n.children.end();
+            return largest(n.children.begin(), last, measured);
         }
         case Kind::spacer: return {n.spacing.value_or(0), n.spacing.value_or(0)};
         case Kind::divider: return {1, 1};
