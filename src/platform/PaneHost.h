@@ -35,6 +35,10 @@ struct PaneAccess {
     // Replaces the text of the `occurrence`-th text field with that
     // placeholder or help text; false when there is none.
     std::function<bool(const std::string& labelOrHelp, int occurrence, const std::string& text)> type;
+    // Chooses `value` in the `occurrence`-th picker or menu so labelled (the
+    // item with that text), or in such a date picker (a day as "yyyy-MM-dd");
+    // false when there is no such control or item.
+    std::function<bool(const std::string& label, int occurrence, const std::string& value)> pick;
     // Presses the default button (Return); false when there is none.
     std::function<bool()> pressDefault;
     // A drag on the resize handle: press, move `dx` points, release. Panes only.

@@ -100,6 +100,7 @@ inline MonitorToken addLocalMonitor(std::uint64_t mask, EventMonitorHandler hand
     });
 }
 inline bool isMainThread() { return get().dispatch->isMainThread(); }
+inline double now() { return get().dispatch->now(); }
 
 inline FilesPort& files() { return *get().files; }
 inline HttpPort& http() { return *get().http; }

@@ -80,6 +80,31 @@ platform::PaneAccess makeContentAccess(std::function<std::shared_ptr<ui::Hosting
         hosting->invalidate();
         return true;
     };
+    access.pick = [hostingOf](const std::string& label, int occurrence, const std::string& value) {
+        auto hosting = hostingOf();
+        if (!hosting) return false;
+        std::function<void()> choose;
+        if (const ui::Node* chooser = nth(ui::findChoosers(hosting->tree(), label), occurrence)) {
+            for (const auto& item : chooser->children) {
+                if (item.action && (item.text == value || (item.text.empty() && ui::findText(item, value)))) {
+                    choose = item.action;
+                    break;
+                }
+            }
+        } else {
+            std::vector<const ui::Node*> days;
+            for (const ui::Node* node : ui::findEditables(hosting->tree(), label)) {
+                if (node->kind == ui::Kind::datePicker) days.push_back(node);
+            }
+            if (const ui::Node* picker = nth(days, occurrence)) {
+                choose = [onEdit = picker->onEdit, value] { onEdit(value); };
+            }
+        }
+        if (!choose) return false;
+        platform::guarded("pick", choose);
+        if (auto still = hostingOf()) still->invalidate();
+        return true;
+    };
     access.pressDefault = [hostingOf] {
         auto hosting = hostingOf();
         if (!hosting) return false;

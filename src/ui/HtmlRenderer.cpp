@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstdio>
 #include <optional>
 #include <map>
 
@@ -21,6 +22,43 @@ std::string cssColor(const Color& c) {
     auto channel = [](double v) { return std::to_string(static_cast<int>(std::lround(std::clamp(v, 0.0, 1.0) * 255))); };
     return "rgba(" + channel(c.red) + "," + channel(c.green) + "," + channel(c.blue) + "," +
            support::formatFixed(std::clamp(c.alpha, 0.0, 1.0), 3) + ")";
+}
+
+// Days from 1970-01-01 to a civil date (proleptic Gregorian).
+long daysFromCivil(long year, unsigned month, unsigned day) {
+    year -= month <= 2;
+    const long era = (year >= 0 ? year : year - 399) / 400;
+    const unsigned yearOfEra = static_cast<unsigned>(year - era * 400);
+    const unsigned dayOfYear = (153 * (month + (month > 2 ? -3 : 9)) + 2) / 5 + day - 1;
+    const unsigned dayOfEra = yearOfEra * 365 + yearOfEra / 4 - yearOfEra / 100 + dayOfYear;
+    return era * 146097 + static_cast<long>(dayOfEra) - 719468;
+}
+
+// A month sheet for a "yyyy-MM-dd" day: the month's name, the weekdays from
+// Sunday, and the days with the chosen one marked. Anything else draws empty.
+std::string calendarHtml(const std::string& day) {
+    static const char* const months[] = {"January", "February", "March",     "April",   "May",      "June",
+                                         "July",    "August",   "September", "October", "November", "December"};
+    int year = 0;
+    unsigned month = 0, chosen = 0;
+    if (day.size() != 10 || std::sscanf(day.c_str(), "%4d-%2u-%2u", &year, &month, &chosen) != 3 || month < 1 ||
+        month > 12) {
+        return {};
+    }
+    const long first = daysFromCivil(year, month, 1);
+    const long next = month == 12 ? daysFromCivil(year + 1, 1, 1) : daysFromCivil(year, month + 1, 1);
+    const long weekday = ((first % 7) + 7 + 4) % 7;  // 1970-01-01 was a Thursday; Sunday is 0
+    std::string out = "<div class=\"v-calendar-head\">" + std::string(months[month - 1]) + " " + std::to_string(year) +
+                      "</div><div class=\"v-calendar-days\">";
+    for (const char* name : {"S", "M", "T", "W", "T", "F", "S"}) {
+        out += "<span class=\"v-calendar-weekday\">" + std::string(name) + "</span>";
+    }
+    for (long blank = 0; blank < weekday; ++blank) out += "<span></span>";
+    for (long d = 1; d <= next - first; ++d) {
+        out += "<span" + std::string(d == chosen ? " class=\"v-calendar-day-on\"" : "") + ">" + std::to_string(d) +
+               "</span>";
+    }
+    return out + "</div>";
 }
 
 // The image type by its first bytes, then by the name; nothing for data no
@@ -515,6 +553,15 @@ private:
                          "\"");
                 break;
             case Kind::picker:
+                if (n.segmented) {
+                    open("div", "v-segments", n, style);
+                    for (const auto& item : n.children) {
+                        out += "<span class=\"v-segment" + std::string(item.isOn ? " v-segment-on" : "") + "\">" +
+                               support::htmlEscaped(item.text) + "</span>";
+                    }
+                    out += "</div>";
+                    break;
+                }
                 open("label", "v-picker", n, style);
                 if (!n.text.empty()) out += "<span>" + support::htmlEscaped(n.text) + "</span>";
                 out += "<select>";
@@ -529,6 +576,11 @@ private:
                 out += "<span class=\"v-menu-label\">" + support::htmlEscaped(n.text) + " \u25BE</span><div class=\"v-menu-items\">";
                 children(n, Flow::column);
                 out += "</div></div>";
+                break;
+            case Kind::datePicker:
+                open("div", "v-calendar", n, style);
+                out += calendarHtml(n.text);
+                out += "</div>";
                 break;
             case Kind::popover:
                 open("div", "v-popover", n, style);
@@ -611,6 +663,14 @@ const char* kStyleSheet = R"CSS(
 .v-field { font: inherit; border: 1px solid rgba(0,0,0,0.2); border-radius: 5px; padding: 3px 6px; min-width: 0; }
 .v-picker { display: inline-flex; align-items: center; gap: 6px; }
 .v-menu-items { display: none; }
+.v-segments { display: flex; align-self: stretch; background: rgba(0,0,0,0.06); border-radius: 6px; padding: 2px; gap: 2px; }
+.v-segment { flex: 1 1 0; text-align: center; padding: 3px 8px; border-radius: 5px; }
+.v-segment-on { background: #fff; box-shadow: 0 1px 2px rgba(0,0,0,0.2); }
+.v-calendar { display: flex; flex-direction: column; gap: 4px; font-size: 11px; }
+.v-calendar-head { font-weight: 600; text-align: center; }
+.v-calendar-days { display: grid; grid-template-columns: repeat(7, 20px); gap: 2px; text-align: center; }
+.v-calendar-weekday { color: rgba(0,0,0,0.5); }
+.v-calendar-day-on { background: rgb(0,122,255); color: #fff; border-radius: 50%; }
 .v-popover { position: relative; display: flex; }
 .v-popover-content { position: absolute; top: 100%; left: 0; z-index: 10; background: #fff;
   border-radius: 8px; box-shadow: 0 4px 16px rgba(0,0,0,0.25); }

@@ -59,6 +59,7 @@ platform::Size content(const Node& n, double fontSize) {
         case Kind::text: return textSize(n.text, font);
         case Kind::symbol: return {font, font};
         case Kind::textField: return {100, font * lineHeight + 8};
+        case Kind::datePicker: return {150, 160};  // a month of six rows under its title
         case Kind::toggle:
             if (n.children.empty()) return {18 + textSize(n.text, font).width, std::max(18.0, font * lineHeight)};
             [[fallthrough]];
@@ -73,10 +74,20 @@ platform::Size content(const Node& n, double fontSize) {
             const double rows = std::ceil(static_cast<double>(n.children.size()) / columns);
             return {columns * cell.width + (columns - 1) * spacing, rows * cell.height + std::max(0.0, rows - 1) * spacing};
         }
+        case Kind::picker:
+            if (n.segmented) {
+                platform::Size row{0, 0};
+                for (const auto& item : n.children) {
+                    const auto size = textSize(item.text, font);
+                    row.width += size.width + 16;
+                    row.height = std::max(row.height, size.height + 6);
+                }
+                return row;
+            }
+            [[fallthrough]];
         case Kind::zstack:
         case Kind::scroll:
         case Kind::popover:
-        case Kind::picker:
         case Kind::menu: {
             // A popover's content is not laid out with its anchor.
             const auto last = n.kind == Kind::popover && !n.children.empty() ? n.children.begin() + 1 : n.children.end();

@@ -45,6 +45,7 @@ const char* kindName(Kind kind) {
         case Kind::picker: return "picker";
         case Kind::menu: return "menu";
         case Kind::popover: return "popover";
+        case Kind::datePicker: return "datePicker";
         case Kind::rectangle: return "rectangle";
         case Kind::roundedRectangle: return "roundedRectangle";
         case Kind::circle: return "circle";
@@ -347,6 +348,12 @@ Node popover(Node anchor, Node content, bool isPresented) {
     return node;
 }
 
+Node datePicker(std::string day, std::function<void(const std::string&)> onPick) {
+    Node node = withText(Kind::datePicker, std::move(day));
+    node.onEdit = std::move(onPick);
+    return node;
+}
+
 Node rectangle() { return make(Kind::rectangle); }
 Node roundedRectangle(double cornerRadius) {
     Node node = make(Kind::roundedRectangle);
@@ -522,6 +529,9 @@ void describeInto(const Node& node, int depth, std::vector<std::string>& lines) 
         case Kind::popover:
             line += node.isOn ? " presented" : " hidden";
             break;
+        case Kind::picker:
+            if (node.segmented) line += " segmented";
+            break;
         case Kind::textField:
             if (!node.placeholder.empty()) line += " placeholder " + support::quoted(node.placeholder);
             break;
@@ -601,6 +611,19 @@ std::vector<const Node*> findEditables(const Node& root, const std::string& labe
     std::function<void(const Node&)> visit = [&](const Node& node) {
         if (node.onEdit &&
             (node.placeholder == label || node.mod.help == label || node.mod.accessibilityIdentifier == label)) {
+            hits.push_back(&node);
+        }
+        for (const auto& child : node.children) visit(child);
+    };
+    visit(root);
+    return hits;
+}
+
+std::vector<const Node*> findChoosers(const Node& root, const std::string& label) {
+    std::vector<const Node*> hits;
+    std::function<void(const Node&)> visit = [&](const Node& node) {
+        if ((node.kind == Kind::picker || node.kind == Kind::menu) &&
+            (node.text == label || node.mod.help == label || node.mod.accessibilityIdentifier == label)) {
             hits.push_back(&node);
         }
         for (const auto& child : node.children) visit(child);

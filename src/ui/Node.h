@@ -7,8 +7,9 @@
 //   containers  vstack, hstack, zstack, scroll, grid
 //   content     text, image (file path, read through the files port when
 //               drawn), symbol (system symbol by name), spacer, divider
-//   controls    button (label or content), toggle, textField, picker, menu,
-//               popover
+//   controls    button (label or content), toggle, textField, picker (a
+//               pop-up or segmented), menu, popover, datePicker (a graphical
+//               month, one day chosen)
 //   shapes      rectangle, roundedRectangle, circle, capsule, line (between
 //               two unit points of its rectangle), checkerboard, path (in a
 //               box of its own, stretched to the frame)
@@ -164,7 +165,7 @@ struct PathElement {
 enum class Kind {
     vstack, hstack, zstack, scroll, grid,
     text, image, symbol, spacer, divider,
-    button, toggle, textField, picker, menu, popover,
+    button, toggle, textField, picker, menu, popover, datePicker,
     rectangle, roundedRectangle, circle, capsule, line, checkerboard, path,
 };
 
@@ -209,6 +210,7 @@ struct Node {
     // Controls.
     bool isOn = false;  // toggle: on; popover: presented; picker item: chosen
     bool isDefaultAction = false;  // button: pressed by Return
+    bool segmented = false;        // picker: a row of segments instead of a pop-up
 
     // Every modifier as a number; tests read them here: node.mod.font->size.
     struct Modifiers {
@@ -238,7 +240,7 @@ struct Node {
 
     // Closures, run on the main thread.
     std::function<void()> action;                    // button, toggle, menu/picker items
-    std::function<void(const std::string&)> onEdit;  // textField
+    std::function<void(const std::string&)> onEdit;  // textField; datePicker, with "yyyy-MM-dd"
     std::function<void()> onAppear;                  // run by ui::HostingView when the node first shows
     std::function<void(bool)> onHover;               // the pointer came in (true) or left (false)
 
@@ -340,6 +342,9 @@ Node textField(std::string placeholder, std::string value, std::function<void(co
 Node picker(std::string label, Nodes items);
 Node menu(std::string label, Nodes items);
 Node popover(Node anchor, Node content, bool isPresented);
+// A graphical month showing `day` ("yyyy-MM-dd") chosen; choosing a day
+// calls `onPick` with it.
+Node datePicker(std::string day, std::function<void(const std::string&)> onPick);
 
 Node rectangle();
 Node roundedRectangle(double cornerRadius);
@@ -369,8 +374,11 @@ const Node* findActionable(const Node& root, const std::string& labelOrHelp);
 std::vector<const Node*> findActionables(const Node& root, const std::string& labelOrHelp);
 // The same for nodes that react to the pointer coming in or leaving.
 std::vector<const Node*> findHoverables(const Node& root, const std::string& labelOrHelp);
-// Text fields whose placeholder, help text or accessibility identifier is `label`.
+// Text fields and date pickers whose placeholder, help text or accessibility
+// identifier is `label`, hidden popover content included.
 std::vector<const Node*> findEditables(const Node& root, const std::string& label);
+// Pickers and menus whose label, help text or accessibility identifier is `label`.
+std::vector<const Node*> findChoosers(const Node& root, const std::string& label);
 // The button that Return presses, or nullptr.
 const Node* findDefaultAction(const Node& root);
 

@@ -61,6 +61,9 @@ public:
     void mainAsyncAfter(double seconds, platform::Task task) override { main.post(seconds, std::move(task)); }
     void globalAsync(platform::QualityOfService qos, platform::Task task) override;
     bool isMainThread() const override { return true; }
+    // The wall clock starts at `epoch` and moves with the virtual clock.
+    double now() const override { return epoch + main.now(); }
+    double epoch = 1795428000;  // 2026-11-23 10:00:00 UTC
 
     // Runs global blocks, then due main blocks, until neither has work.
     void runUntilIdle();

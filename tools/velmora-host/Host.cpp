@@ -55,6 +55,9 @@ public:
         Host::instance().pool().post(std::move(task));
     }
     bool isMainThread() const override { return Host::instance().isMainThread(); }
+    // The simulator's day starts on Monday 2026-11-23 at 10:00 UTC and moves
+    // with the virtual clock, so transcripts and snapshots keep their dates.
+    double now() const override { return 1795428000 + Host::instance().mainQueue().now(); }
 };
 
 }  // namespace
