@@ -33,6 +33,12 @@ public:
         return *value_;
     }
 
+    // The current value without a copy; it stays as it is while held.
+    std::shared_ptr<const T> snapshot() const {
+        std::lock_guard lock(mutex_);
+        return value_;
+    }
+
     void set(T value) {
         {
             std::lock_guard lock(mutex_);

@@ -67,6 +67,24 @@ std::string uppercasedFully(std::string_view text) {
     return encode(decoded);
 }
 
+std::string trimWhitespaceAndNewlines(std::string_view text) {
+    const auto decoded = decode(text);
+    int32_t start = 0, end = decoded.length();
+    while (start < end && u_isUWhiteSpace(decoded.char32At(start))) start = decoded.moveIndex32(start, 1);
+    while (end > start) {
+        const int32_t before = decoded.moveIndex32(end, -1);
+        if (!u_isUWhiteSpace(decoded.char32At(before))) break;
+        end = before;
+    }
+    return encode(decoded.tempSubStringBetween(start, end));
+}
+
+std::string lowercasedFully(std::string_view text) {
+    auto decoded = decode(text);
+    decoded.toLower(icu::Locale::getRoot());
+    return encode(decoded);
+}
+
 std::vector<std::string> splitOmittingEmpty(std::string_view text, char separator) {
     const auto decoded = decode(text);
     std::vector<std::string> pieces;
@@ -92,6 +110,44 @@ bool isValidUTF8(std::string_view bytes) {
     int32_t length = 0;
     u_strFromUTF8(nullptr, 0, &length, bytes.data(), static_cast<int32_t>(bytes.size()), &status);
     return status == U_BUFFER_OVERFLOW_ERROR || status == U_ZERO_ERROR || status == U_STRING_NOT_TERMINATED_WARNING;
+}
+
+namespace {
+
+bool isASCII(std::string_view text) {
+    for (unsigned char c : text) {
+        if (c >= 0x80) return false;
+    }
+    return true;
+}
+
+char lowerASCII(char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c + ('a' - 'A')) : c; }
+
+std::string folded(std::string_view text) {
+    icu::UnicodeString unicode = decode(text);
+    unicode.foldCase(U_FOLD_CASE_DEFAULT);
+    return encode(unicode);
+}
+
+}  // namespace
+
+bool containsIgnoringCase(std::string_view text, std::string_view part) {
+    if (part.empty() || text.empty()) return false;
+    // Plain ASCII on both sides folds byte by byte, without a copy: a search
+    // runs over every saved slide at each keystroke.
+    if (isASCII(part) && isASCII(text)) {
+        if (part.size() > text.size()) return false;
+        const char first = lowerASCII(part[0]);
+        for (std::size_t at = 0; at + part.size() <= text.size(); ++at) {
+            if (lowerASCII(text[at]) != first) continue;
+            std::size_t i = 1;
+            while (i < part.size() && lowerASCII(text[at + i]) == lowerASCII(part[i])) ++i;
+            if (i == part.size()) return true;
+        }
+        return false;
+    }
+    const std::string foldedPart = folded(part);
+    return !foldedPart.empty() && folded(text).find(foldedPart) != std::string::npos;
 }
 
 }  // namespace velmora::support

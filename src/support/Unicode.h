@@ -2,8 +2,9 @@
 // grapheme clusters, and the character classes and case mappings are
 // Unicode's, whatever the process locale.
 //
-// Provides: characterCount(), trimNonAlphanumerics(), uppercasedFully(),
-// splitOmittingEmpty(), repairedUTF8(), isValidUTF8().
+// Provides: characterCount(), trimNonAlphanumerics(), uppercasedFully(), lowercasedFully(),
+// trimWhitespaceAndNewlines(),
+// splitOmittingEmpty(), repairedUTF8(), isValidUTF8(), containsIgnoringCase().
 // Input is UTF-8; an ill-formed sequence reads as U+FFFD, as the platform
 // repairs text it is handed. Pure; any thread.
 #pragma once
@@ -25,6 +26,13 @@ std::string trimNonAlphanumerics(std::string_view text);
 // Full upper-case mapping: "ß" becomes "SS", the ligature "ﬀ" "FF".
 std::string uppercasedFully(std::string_view text);
 
+// Removes white space and line breaks of every script from both ends.
+std::string trimWhitespaceAndNewlines(std::string_view text);
+
+// Full lower-case mapping, by Unicode's rules and no locale's: "İ" becomes
+// "i" and a combining dot.
+std::string lowercasedFully(std::string_view text);
+
 // The pieces between characters equal to `separator`, empty ones left out.
 // A separator that a combining mark joins is another character and does not split.
 std::vector<std::string> splitOmittingEmpty(std::string_view text, char separator);
@@ -35,5 +43,10 @@ std::string repairedUTF8(std::string_view bytes);
 
 // True when the bytes decode as UTF-8 without a single repair.
 bool isValidUTF8(std::string_view bytes);
+
+// Whether `text` holds `part` when case is ignored: both are full-case
+// folded ("STRASSE" holds "straße"); marks and widths still count. An
+// empty `part` is held nowhere.
+bool containsIgnoringCase(std::string_view text, std::string_view part);
 
 }  // namespace velmora::support

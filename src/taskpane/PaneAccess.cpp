@@ -110,7 +110,7 @@ platform::PaneAccess makeContentAccess(std::function<std::shared_ptr<ui::Hosting
         if (!hosting) return false;
         const ui::Node* node = ui::findDefaultAction(hosting->tree());
         if (!node) return false;
-        auto action = node->action;
+        auto action = node->onSubmit ? node->onSubmit : node->action;
         platform::guarded("default button", action);
         if (auto still = hostingOf()) still->invalidate();
         return true;

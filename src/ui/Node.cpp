@@ -232,6 +232,11 @@ Node& Node::onHoverDo(std::function<void(bool)> closure) & {
     return *this;
 }
 
+Node& Node::onSubmitDo(std::function<void()> closure) & {
+    onSubmit = std::move(closure);
+    return *this;
+}
+
 // --- builders -------------------------------------------------------------------
 
 namespace {
@@ -583,6 +588,7 @@ void describeInto(const Node& node, int depth, std::vector<std::string>& lines) 
     if (!m.accessibilityIdentifier.empty()) line += " ax " + support::quoted(m.accessibilityIdentifier);
     if (node.action) line += " [action]";
     if (node.onHover) line += " [hover]";
+    if (node.onSubmit) line += " [submit]";
     lines.push_back(std::move(line));
     for (const auto& child : node.children) describeInto(child, depth + 1, lines);
 }
@@ -633,6 +639,9 @@ std::vector<const Node*> findChoosers(const Node& root, const std::string& label
 }
 
 const Node* findDefaultAction(const Node& root) {
+    if (const Node* field = findNode(root, [](const Node& node) { return static_cast<bool>(node.onSubmit); })) {
+        return field;
+    }
     return findNode(root, [](const Node& node) { return node.isDefaultAction && node.action; });
 }
 

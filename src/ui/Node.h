@@ -78,6 +78,7 @@ enum class FontDesign { standard, rounded, monospaced, serif };
 // The platform's text styles, in points.
 inline constexpr double bodySize = 13;
 inline constexpr double headlineSize = 13;  // drawn bold
+inline constexpr double subheadlineSize = 11;
 inline constexpr double captionSize = 10;
 inline constexpr double footnoteSize = 10;
 // The padding a view gets when none is given.
@@ -243,6 +244,7 @@ struct Node {
     std::function<void(const std::string&)> onEdit;  // textField; datePicker, with "yyyy-MM-dd"
     std::function<void()> onAppear;                  // run by ui::HostingView when the node first shows
     std::function<void(bool)> onHover;               // the pointer came in (true) or left (false)
+    std::function<void()> onSubmit;                  // textField: Return while it has the focus
 
     // --- modifiers (each also callable on a temporary) ---
     Node& padding(double length) &;
@@ -276,6 +278,7 @@ struct Node {
     Node& accessibilityId(std::string identifier) &;
     Node& onAppearDo(std::function<void()> closure) &;
     Node& onHoverDo(std::function<void(bool)> closure) &;
+    Node& onSubmitDo(std::function<void()> closure) &;
 
 #define VELMORA_UI_RVALUE(name) \
     template <class... A>       \
@@ -307,6 +310,7 @@ struct Node {
     VELMORA_UI_RVALUE(accessibilityId)
     VELMORA_UI_RVALUE(onAppearDo)
     VELMORA_UI_RVALUE(onHoverDo)
+    VELMORA_UI_RVALUE(onSubmitDo)
 #undef VELMORA_UI_RVALUE
 
     // The modifier stage reached so far (see the header comment); internal.
@@ -379,7 +383,8 @@ std::vector<const Node*> findHoverables(const Node& root, const std::string& lab
 std::vector<const Node*> findEditables(const Node& root, const std::string& label);
 // Pickers and menus whose label, help text or accessibility identifier is `label`.
 std::vector<const Node*> findChoosers(const Node& root, const std::string& label);
-// The button that Return presses, or nullptr.
+// What Return acts on: the first text field that submits (it holds the
+// focus), else the default button; nullptr when there is neither.
 const Node* findDefaultAction(const Node& root);
 
 // The tree as indented lines: "vstack spacing 10 padding 15/10/0/10", ...
