@@ -9,10 +9,6 @@ namespace velmora {
 
 void openIconTaskpane() { platform::nslog("Icon: 🟢 Dylib loaded successfully"); }
 void openImageTaskpane() { platform::nslog("Icon: 🟢 Dylib loaded successfully"); }
-void openSlideLibraryTaskpane() { platform::nslog("Slide Library: 🟢 Dylib loaded successfully"); }
-void refreshSlideLibraryTaskpane() { platform::nslog("Slide Library: 🔄 Refresh requested from host code"); }
-
-void initializeTaggingOverlay(const char*) {}
 
 // The licence windows are not part of this library's behaviour.
 void initializeLoginOverlay() { platform::nslog("VL: initializeLoginOverlay called"); }

@@ -92,6 +92,10 @@ void presentToolWindow(std::shared_ptr<ToolWindowController>& slot,
     slot->window()->makeKeyAndOrderFront();
 }
 
+void closeKeyWindow() {
+    if (auto window = std::dynamic_pointer_cast<platform::ToolWindow>(platform::views().keyWindow())) window->close();
+}
+
 std::vector<std::string> describeWindow(const platform::ToolWindow& window, double backgroundAlpha,
                                         ui::HostingView& content) {
     const auto size = window.contentSize();

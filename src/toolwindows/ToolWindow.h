@@ -63,6 +63,10 @@ private:
 void presentToolWindow(std::shared_ptr<ToolWindowController>& slot,
                        const std::function<std::shared_ptr<ToolWindowController>()>& make);
 
+// Closes the application's key window. Only windows the library made can
+// be closed from here; a document window that is key is left to the host.
+void closeKeyWindow();
+
 // "ToolWindow \"Insert Table\" 320.0x251.0 level 3 alpha 0.9 visible", then
 // the content's node tree, indented.
 std::vector<std::string> describeWindow(const platform::ToolWindow& window, double backgroundAlpha,
