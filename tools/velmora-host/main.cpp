@@ -20,6 +20,7 @@
 
 #include "Host.h"
 #include "Scenario.h"
+#include "slidelibrary/SlideLibraryFiles.h"
 
 namespace {
 
@@ -90,7 +91,11 @@ int main(int argc, char** argv) {
     host.settle();
     // The sandbox is this run's alone; snapshots are written outside it.
     std::error_code ec;
-    if (!host.sandboxRoot().empty()) std::filesystem::remove_all(host.sandboxRoot(), ec);
+    if (!host.sandboxRoot().empty()) {
+        // A read-only library folder would outlive the sandbox.
+        if (libraryReadOnly()) setLibraryReadOnly(false);
+        std::filesystem::remove_all(host.sandboxRoot(), ec);
+    }
     // Worker threads and the library stay loaded until exit: nothing is torn down.
     std::fflush(stdout);
     _exit(code);
