@@ -6,7 +6,8 @@
 //
 // Commands: `keywindow document|tool|none|TITLE`, `open NAME`, `close TARGET`,
 // `drag TITLE DX`, `width TITLE W`, `flags MODS`, `tap TARGET LABEL`,
-// `hover TARGET LABEL in|out`, `type TARGET LABEL TEXT`, `snapshot FILE`;
+// `hover TARGET LABEL in|out`, `type TARGET LABEL TEXT`, `pick TARGET LABEL
+// VALUE`, `tab TITLE LABEL`, `snapshot FILE`;
 // shows: `show panes`, `show pane TITLE`, `show windows`, `show window TITLE`.
 // A TARGET is a pane's title or the title of a library window on screen. A
 // control is named by its label or help text (a text field also by its
@@ -239,6 +240,24 @@ void callOpen(const std::string& name) {
                          const auto target = targetTitled(a[0]);
                          if (!target.access.type || !target.access.type(control.label, control.occurrence, a[2])) {
                              Host::instance().emit("type: no text field labelled " + notFound(a[0], a[1]));
+                         }
+                     }}),
+    registerCommand({"pick", "pick TARGET LABEL[#N] VALUE (a day as yyyy-MM-dd for a date picker)", 3, 3,
+                     [](const Arguments& a) {
+                         const auto control = controlName(a[1]);
+                         const auto target = targetTitled(a[0]);
+                         if (!target.access.pick || !target.access.pick(control.label, control.occurrence, a[2])) {
+                             Host::instance().emit("pick: no " + support::quoted(a[2]) + " to pick in a control labelled " +
+                                                   notFound(a[0], a[1]));
+                         }
+                     }}),
+    // A tab container's segments are plain controls; the command only reads better.
+    registerCommand({"tab", "tab TITLE LABEL", 2, 2,
+                     [](const Arguments& a) {
+                         const auto control = controlName(a[1]);
+                         const auto target = targetTitled(a[0]);
+                         if (!target.access.tap || !target.access.tap(control.label, control.occurrence)) {
+                             Host::instance().emit("tab: no segment labelled " + notFound(a[0], a[1]));
                          }
                      }}),
     registerCommand({"snapshot", "snapshot FILE", 1, 1,
