@@ -65,6 +65,8 @@ struct Shape {
     std::optional<TableGrid> table;  // set for a table
     std::string picture;             // a picture's image file (PNG bytes); empty: none came with it
     std::string source;              // what a picture was inserted from
+    // A saved slide's "keep source formatting" choice; nothing for other inserts.
+    std::optional<bool> keepSourceFormatting;
 
     // A new shape of this kind as the host inserts one with the default theme.
     static Shape made(ShapeKind kind);

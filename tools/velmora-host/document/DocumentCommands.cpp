@@ -193,7 +193,7 @@ void macroCommand(const Arguments& a) {
 
 // "rows=4 columns=5 header=row,column separators=yes paste=no reference=no" for
 // a table, "weight=1.5 end=triangle" for a line, "source=NAME image=yes" for
-// a picture.
+// a picture, and "keep=yes" after it for a saved slide.
 std::string kindDetails(const Shape& shape) {
     auto yes = [](bool on) { return on ? "yes" : "no"; };
     if (shape.kind == ShapeKind::table && shape.table) {
@@ -204,7 +204,8 @@ std::string kindDetails(const Shape& shape) {
     }
     if (shape.kind == ShapeKind::line) return fmt::format(" weight={} end={}", decimal(shape.lineWeight), lineEndName(shape.end));
     if (shape.kind == ShapeKind::picture) {
-        return fmt::format(" source={} image={}", shape.source, yes(!shape.picture.empty()));
+        return fmt::format(" source={} image={}{}", shape.source, yes(!shape.picture.empty()),
+                           shape.keepSourceFormatting ? fmt::format(" keep={}", yes(*shape.keepSourceFormatting)) : "");
     }
     return {};
 }

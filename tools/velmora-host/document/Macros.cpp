@@ -10,6 +10,7 @@
 
 #include "Host.h"
 #include "document/Document.h"
+#include "slidelibrary/SlideLibraryFiles.h"
 #include "support/Text.h"
 
 namespace velmora::host {
@@ -133,6 +134,14 @@ void insertSelected(DocumentState& doc, Shape shape, const char* baseName) {
     doc.rawOthers.reset();
 }
 
+// An inserted slide goes after the current one and becomes current, its
+// picture selected.
+void insertSlide(DocumentState& doc, Shape picture) {
+    doc.slides.insert(doc.slides.begin() + static_cast<std::ptrdiff_t>(doc.current) + 1, Slide{});
+    ++doc.current;
+    insertSelected(doc, std::move(picture), "Picture");
+}
+
 // Rows, columns, then header row, header column, separator lines, paste
 // content and use reference shape as "True"/"False". The table goes in the
 // middle of the slide, or where the first selected shape is when asked to
@@ -217,6 +226,36 @@ Shape templatePicture(const std::string& bytes, const std::string& path) {
     return picture;
 }
 
+// A saved slide as the host inserts it: the slide's picture fills a new
+// slide (here its thumbnail stands in for it); a slide whose thumbnail
+// cannot be read comes in with a caption that says why.
+Shape savedSlidePicture(const std::string& fullSlideName) {
+    Shape picture = Shape::made(ShapeKind::picture);
+    picture.left = 0;
+    picture.top = 0;
+    picture.width = slideWidth;
+    picture.height = slideHeight;
+    picture.source = fullSlideName;
+    const auto path = thumbnailFile(fullSlideName);
+    std::ifstream in;
+    if (path) in.open(*path, std::ios::binary);
+    if (!path || !in) {
+        picture.text = fullSlideName + ": thumbnail missing";
+        return picture;
+    }
+    std::ostringstream bytes;
+    bytes << in.rdbuf();
+    const std::string png = std::move(bytes).str();
+    if (png.empty()) {
+        picture.text = fullSlideName + ": thumbnail empty";
+    } else if (png.rfind("\x89PNG\r\n\x1a\n", 0) != 0) {
+        picture.text = fullSlideName + ": thumbnail is not a PNG";
+    } else {
+        picture.picture = png;
+    }
+    return picture;
+}
+
 }  // namespace
 
 void installDocumentMacros(Host& host) {
@@ -255,11 +294,18 @@ void installDocumentMacros(Host& host) {
         std::ostringstream bytes;
         bytes << in.rdbuf();
         Shape picture = templatePicture(bytes.str(), call.parameters[0]);
-        host.document().with([&](DocumentState& doc) {
-            doc.slides.insert(doc.slides.begin() + static_cast<std::ptrdiff_t>(doc.current) + 1, Slide{});
-            ++doc.current;
-            insertSelected(doc, std::move(picture), "Picture");
-        });
+        host.document().with([&](DocumentState& doc) { insertSlide(doc, std::move(picture)); });
+        return std::nullopt;
+    });
+    // The slide's name and "True" or "False" for keeping its formatting;
+    // anything else changes nothing.
+    host.handleMacro("InsertFromSlideLibrary", [&host](const MacroCall& call) -> std::optional<std::string> {
+        if (call.parameters.size() != 2 || host.sandboxRoot().empty()) return std::nullopt;
+        const auto keep = flagParameter(call.parameters[1]);
+        if (!keep) return std::nullopt;
+        Shape picture = savedSlidePicture(call.parameters[0]);
+        picture.keepSourceFormatting = *keep;
+        host.document().with([&](DocumentState& doc) { insertSlide(doc, std::move(picture)); });
         return std::nullopt;
     });
     host.handleMacro("GetThemeColorsHexCsv", [&host](const MacroCall&) -> std::optional<std::string> {

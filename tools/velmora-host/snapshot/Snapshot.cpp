@@ -82,6 +82,7 @@ std::string shapeElement(const Shape& shape, int order, double scale, Rgb accent
             inner = "<span>" + support::htmlEscaped(shape.text) + "</span>";
         }
         data = " data-source=\"" + support::htmlEscaped(shape.source) + "\"";
+        if (shape.keepSourceFormatting) data += std::string(" data-keep=\"") + (*shape.keepSourceFormatting ? "yes" : "no") + "\"";
     } else if (shape.kind == ShapeKind::table && shape.table) {
         style += ";background-color:" + (shape.fill ? shape.fill->hex() : std::string("transparent"));
         inner = tableGrid(*shape.table, accent);

@@ -18,9 +18,10 @@ namespace velmora::host {
 // the slide carries data-scale, each shape data-shape with its name and,
 // when selected, data-selected="1" and data-order; a line data-weight and
 // data-end, a table data-rows and data-columns and data-header="1" on its
-// header cells. The library's windows on screen float over the document
-// window, centred on it, each in an element with data-window (its title),
-// data-level and, for the key window, data-key="1".
+// header cells, a picture data-source and, for a saved slide, data-keep.
+// The library's windows on screen float over the document window, centred
+// on it, each in an element with data-window (its title), data-level and,
+// for the key window, data-key="1".
 std::string snapshotPage();
 
 // The value of the first text field in the subtree, depth first.
