@@ -16,19 +16,17 @@ using namespace ui;
 
 constexpr Color deleteRed = Color::rgb255(251, 105, 105);
 
+// All four tests must hold; the cheap ones go first, the text search last.
 bool passes(const SlideMetadataItem& item, const SlideFilters& filters, std::optional<support::Date> from,
             std::optional<support::Date> to) {
-    if (!filters.searchText.empty() && !support::containsIgnoringCase(item.textContent, filters.searchText)) {
-        return false;
-    }
+    if (from && item.dateSaved < *from) return false;
+    if (to && item.dateSaved > *to) return false;
     if (!filters.selectedTags.empty() &&
         std::none_of(item.tags.begin(), item.tags.end(),
                      [&](const std::string& tag) { return filters.selectedTags.count(tag) != 0; })) {
         return false;
     }
-    if (from && item.dateSaved < *from) return false;
-    if (to && item.dateSaved > *to) return false;
-    return true;
+    return filters.searchText.empty() || support::containsIgnoringCase(item.textContent, filters.searchText);
 }
 
 }  // namespace
