@@ -178,7 +178,10 @@ Node TaggingView::chips(const std::vector<std::string>& tags, bool suggestions, 
     double height = 0;
     const auto positions = flowLayout(sizes, width, &height);
     for (std::size_t i = 0; i < placed.size(); ++i) placed[i].offset(positions[i].x, positions[i].y);
+    // The layout reads the width it is given and asks for none of its own,
+    // so a long tag does not widen the window.
     Frame frame;
+    frame.idealWidth = 10;
     frame.maxWidth = infinity;
     frame.height = height;
     frame.alignment = Alignment::topLeading;

@@ -3,6 +3,7 @@
 #include <cmath>
 #include <cstdio>
 #include <ctime>
+#include <mutex>
 
 namespace velmora::support {
 
@@ -56,9 +57,17 @@ long long daysFromCivil(long long year, unsigned month, unsigned day) {
     return era * 146097 + static_cast<long long>(dayOfEra) - 719468;
 }
 
+// The C library's zone state is shared and guarded by a lock of its own
+// that race detectors cannot see; one lock of ours orders the calls.
+std::mutex& zoneLock() {
+    static auto* lock = new std::mutex;
+    return *lock;
+}
+
 std::tm localFields(Date date) {
     const auto seconds = static_cast<std::time_t>(std::floor(date));
     std::tm fields{};
+    std::lock_guard guard(zoneLock());
     localtime_r(&seconds, &fields);
     return fields;
 }
@@ -74,6 +83,7 @@ Date fromLocal(int year, int month, int day, int hour, int minute, int second) {
     fields.tm_min = minute;
     fields.tm_sec = second;
     fields.tm_isdst = -1;
+    std::lock_guard guard(zoneLock());
     return static_cast<Date>(std::mktime(&fields));
 }
 

@@ -523,6 +523,20 @@ TEST_F(SlideLibraryTest, ASecondCallClosesTheWindowWhicheverSlideItNames) {
     EXPECT_TRUE(globalTaggingController()->hasVisibleWindow());
 }
 
+TEST_F(SlideLibraryTest, ALongOrOddTagNeitherWidensTheWindowNorBreaksTheFile) {
+    library({record("A", "2026-07-01T09:00:00", "[\"" + std::string(10000, 'x') + "\"]", "t", "a.pptx")});
+    initializeTaggingOverlay("a.pptx");
+    fake.dispatch->runUntilIdle();
+    auto& controller = globalTaggingController();
+    EXPECT_LT(controller->window()->contentSize().width, 600);
+    auto view = std::make_shared<TaggingView>("a.pptx");
+    view->inputText = "say \"hi\"\nthen / go";
+    view->addInputAsTag();
+    view->saveTags();
+    const auto saved = nlohmann::json::parse(file());
+    EXPECT_EQ(saved[0]["Tags"][0], "say \"hi\"\nthen / go");
+}
+
 TEST(TagFlow, ChipsWrapWhenTheyWouldPassTheWidth) {
     double height = 0;
     const auto at = flowLayout({{60, 30}, {60, 30}, {60, 30}, {200, 30}}, 130, &height);
