@@ -253,7 +253,7 @@ void thumbnailCommand(const Arguments& a) {
         write("");
         host.emit("thumbnail: wrote an empty file for " + name);
     } else if (a[1] == "broken") {
-        const std::string bytes = "GIF89a? no, just text";
+        const std::string bytes = "this is not a picture\n";
         write(bytes);
         host.emit(fmt::format("thumbnail: wrote {} bytes that are not an image for {}", bytes.size(), name));
     } else if (a[1] == "huge") {
