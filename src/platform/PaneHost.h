@@ -39,6 +39,9 @@ struct PaneAccess {
     // item with that text), or in such a date picker (a day as "yyyy-MM-dd");
     // false when there is no such control or item.
     std::function<bool(const std::string& label, int occurrence, const std::string& value)> pick;
+    // Scrolls the first scroll view that follows its position to `offset`
+    // points from its top; false when there is none.
+    std::function<bool(double offset)> scroll;
     // Presses the default button (Return); false when there is none.
     std::function<bool()> pressDefault;
     // A drag on the resize handle: press, move `dx` points, release. Panes only.

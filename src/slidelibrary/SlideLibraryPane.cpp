@@ -270,7 +270,12 @@ Node SlideLibraryTaskpane::grid(const std::vector<const SlideMetadataItem*>& sho
     if (lastRow < rows) {
         column.push_back(rectangle().foregroundColor(colors::clear).frameHeight((rows - lastRow) * rowHeight));
     }
-    return scroll(vstack(Alignment::leading, 0, std::move(column)).padding(defaultPadding));
+    Node scrolled = scroll(vstack(Alignment::leading, 0, std::move(column)).padding(defaultPadding));
+    std::weak_ptr<SlideLibraryTaskpane> weak = weak_from_this();
+    scrolled.onScroll = [weak](double offset) {
+        if (auto self = weak.lock()) self->scrollTo(offset);
+    };
+    return scrolled;
 }
 
 Node SlideLibraryTaskpane::body(double width) {

@@ -105,6 +105,16 @@ platform::PaneAccess makeContentAccess(std::function<std::shared_ptr<ui::Hosting
         if (auto still = hostingOf()) still->invalidate();
         return true;
     };
+    access.scroll = [hostingOf](double offset) {
+        auto hosting = hostingOf();
+        if (!hosting) return false;
+        const ui::Node* node = ui::findNode(hosting->tree(), [](const ui::Node& n) { return static_cast<bool>(n.onScroll); });
+        if (!node) return false;
+        auto onScroll = node->onScroll;
+        platform::guarded("scroll", [&] { onScroll(offset); });
+        if (auto still = hostingOf()) still->invalidate();
+        return true;
+    };
     access.pressDefault = [hostingOf] {
         auto hosting = hostingOf();
         if (!hosting) return false;

@@ -245,6 +245,7 @@ struct Node {
     std::function<void()> onAppear;                  // run by ui::HostingView when the node first shows
     std::function<void(bool)> onHover;               // the pointer came in (true) or left (false)
     std::function<void()> onSubmit;                  // textField: Return while it has the focus
+    std::function<void(double)> onScroll;            // scroll: moved to this many points from the top
 
     // --- modifiers (each also callable on a temporary) ---
     Node& padding(double length) &;

@@ -393,6 +393,13 @@ TEST_F(SlidePaneTest, TheGridBuildsOnlyTheRowsOnShow) {
     // 400 wide: cells of 179 by 134 plus 10 between rows; 900 high.
     EXPECT_GT(cells, 10);
     EXPECT_LT(cells, 30);
+    // Far down, the first cells built are those of the rows in view.
+    ASSERT_TRUE(access.scroll(144 * 300));
+    const ui::Node* first = ui::findNode(tree(), [](const ui::Node& n) { return static_cast<bool>(n.onHover); });
+    ASSERT_TRUE(first);
+    const int index = std::stoi(first->mod.accessibilityIdentifier.substr(1));
+    EXPECT_GE(index, 590);
+    EXPECT_LE(index, 600);
 }
 
 // --- the tagging window ---------------------------------------------------------------------------
