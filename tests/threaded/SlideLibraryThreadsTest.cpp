@@ -35,7 +35,7 @@ TEST(SlideLibraryThreads, DeletesSavesAndReloadsAtOnce) {
     }
     fake.files->write(folder + "/SlideLibrary_Metadata.json", json + "]", false, nullptr);
 
-    auto& model = SlideLibraryContentManager::viewModel();
+    auto& model = SlideLibraryContentManager::viewModel();  // made first, then replaced
     model = SlideLibraryViewModel::make();
     dispatch->settle();
     ASSERT_EQ(model->items.get().size(), 120u);

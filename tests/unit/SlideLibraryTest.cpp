@@ -143,7 +143,9 @@ protected:
         PlatformTest::SetUp();
         useBerlinTime();
         fake.files->createDirectories(thumbnails(), nullptr);
-        // Each test gets a view model of its own sandbox.
+        // Each test gets a view model of its own sandbox. The shared one is
+        // made first, so the new one's inspector is the one that stays.
+        SlideLibraryContentManager::viewModel();
         SlideLibraryContentManager::viewModel() = SlideLibraryViewModel::make();
         fake.dispatch->runUntilIdle();
         globalTaggingController().reset();
