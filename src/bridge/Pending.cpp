@@ -7,9 +7,6 @@
 
 namespace velmora {
 
-void openIconTaskpane() { platform::nslog("Icon: 🟢 Dylib loaded successfully"); }
-void openImageTaskpane() { platform::nslog("Icon: 🟢 Dylib loaded successfully"); }
-
 // The licence windows are not part of this library's behaviour.
 void initializeLoginOverlay() { platform::nslog("VL: initializeLoginOverlay called"); }
 void initializeFreeTrialOverlay() { platform::nslog("VL: initializeFreeTrialOverlay called"); }

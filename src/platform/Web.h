@@ -16,6 +16,9 @@ public:
     virtual void addMessageHandler(const std::string& name, std::function<void(const std::string& bodyJson)> handler) = 0;
     virtual void loadHTMLString(const std::string& html, const std::string& baseURL) = 0;
     virtual void evaluateJavaScript(const std::string& script) = 0;
+    // The page as last loaded, for hosts that draw panes as HTML; a host
+    // with a real engine draws the view itself and gives nothing.
+    virtual std::string loadedHTML() const { return {}; }
 };
 
 class WebPort {

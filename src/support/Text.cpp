@@ -89,6 +89,62 @@ std::string_view trimWhitespace(std::string_view text) {
     return text.substr(first, last - first + 1);
 }
 
+namespace {
+
+bool isUnreserved(char c) {
+    return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9') || c == '-' || c == '.' ||
+           c == '_' || c == '~';
+}
+
+bool pathAllowed(char c) {
+    return isUnreserved(c) || c == '/' || c == '!' || c == '$' || c == '&' || c == '\'' || c == '(' || c == ')' ||
+           c == '*' || c == '+' || c == ',' || c == ';' || c == '=' || c == ':' || c == '@' || c == '%';
+}
+
+bool allowedIn(char c, PercentSet set) {
+    switch (set) {
+        case PercentSet::path: return pathAllowed(c);
+        case PercentSet::query: return (pathAllowed(c) && c != '%') || c == '?';
+        case PercentSet::queryItem: return (pathAllowed(c) && c != '%' && c != '&' && c != '=') || c == '?';
+    }
+    return false;
+}
+
+}  // namespace
+
+std::string percentEncoded(std::string_view text, PercentSet allowed) {
+    static const char* hex = "0123456789ABCDEF";
+    std::string out;
+    out.reserve(text.size());
+    for (char c : text) {
+        if (allowedIn(c, allowed)) {
+            out += c;
+        } else {
+            const auto byte = static_cast<unsigned char>(c);
+            out += '%';
+            out += hex[byte >> 4];
+            out += hex[byte & 15];
+        }
+    }
+    return out;
+}
+
+std::string percentDecoded(std::string_view text) {
+    std::string out;
+    for (std::size_t i = 0; i < text.size(); ++i) {
+        if (text[i] == '%' && i + 2 < text.size()) {
+            const int high = hexDigitValue(text[i + 1]), low = hexDigitValue(text[i + 2]);
+            if (high >= 0 && low >= 0) {
+                out += static_cast<char>(high * 16 + low);
+                i += 2;
+                continue;
+            }
+        }
+        out += text[i];
+    }
+    return out;
+}
+
 int hexDigitValue(char c) {
     if (c >= '0' && c <= '9') return c - '0';
     if (c >= 'a' && c <= 'f') return c - 'a' + 10;

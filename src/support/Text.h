@@ -3,7 +3,7 @@
 //
 // Provides: swiftDescription(double), quoted(), arrayDescription(),
 // formatFixed(), trim helpers, lowercased(), hexDigitValue(), base64Encoded(),
-// base64Decoded().
+// base64Decoded(), percentEncoded(), percentDecoded().
 #pragma once
 
 #include <optional>
@@ -33,6 +33,17 @@ std::string htmlEscaped(std::string_view text);
 std::string base64Encoded(std::string_view data);
 // The bytes of a base64 text; nothing when it holds anything else.
 std::optional<std::string> base64Decoded(std::string_view text);
+
+// The characters a URL part may hold as they are; every other byte is
+// percent-encoded. `path` also keeps "%", so an encoded path stays as it
+// is; `query` is the platform's URL-query set, which keeps "&", "=" and
+// "?"; `queryItem` is what a URL builder leaves in one query value: the
+// query set without "&" and "=", so a value cannot run on into the next
+// key ("+" stays, as the platform's builder leaves it).
+enum class PercentSet { path, query, queryItem };
+std::string percentEncoded(std::string_view text, PercentSet allowed);
+// "%41" to "A"; a "%" without two hex digits stays as it is.
+std::string percentDecoded(std::string_view text);
 
 // The value of an ASCII hexadecimal digit, or -1 for any other byte.
 int hexDigitValue(char c);

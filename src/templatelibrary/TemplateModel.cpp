@@ -13,7 +13,6 @@ constexpr const char* slideKeys[] = {"id", "title", "thumb", "pptx", "cat", "pac
 
 bool isAlpha(char c) { return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z'); }
 bool isDigit(char c) { return c >= '0' && c <= '9'; }
-bool isUnreserved(char c) { return isAlpha(c) || isDigit(c) || c == '-' || c == '.' || c == '_' || c == '~'; }
 
 // The scheme of a URL text ("https" of "https://..."), or nothing.
 std::optional<std::string> schemeOf(const std::string& text) {
@@ -24,46 +23,6 @@ std::optional<std::string> schemeOf(const std::string& text) {
         if (!isAlpha(c) && !isDigit(c) && c != '+' && c != '-' && c != '.') return std::nullopt;
     }
     return std::nullopt;
-}
-
-// Percent-encodes every byte outside `allowed`, as a URL component is written.
-std::string percentEncoded(std::string_view text, bool (*allowed)(char)) {
-    static const char* hex = "0123456789ABCDEF";
-    std::string out;
-    for (char c : text) {
-        if (allowed(c)) {
-            out += c;
-        } else {
-            const auto byte = static_cast<unsigned char>(c);
-            out += '%';
-            out += hex[byte >> 4];
-            out += hex[byte & 15];
-        }
-    }
-    return out;
-}
-
-bool pathAllowed(char c) {
-    return isUnreserved(c) || c == '/' || c == '!' || c == '$' || c == '&' || c == '\'' || c == '(' || c == ')' ||
-           c == '*' || c == '+' || c == ',' || c == ';' || c == '=' || c == ':' || c == '@' || c == '%';
-}
-
-bool queryAllowed(char c) { return (pathAllowed(c) && c != '%') || c == '?'; }
-
-std::string percentDecoded(std::string_view text) {
-    std::string out;
-    for (std::size_t i = 0; i < text.size(); ++i) {
-        if (text[i] == '%' && i + 2 < text.size()) {
-            const int high = support::hexDigitValue(text[i + 1]), low = support::hexDigitValue(text[i + 2]);
-            if (high >= 0 && low >= 0) {
-                out += static_cast<char>(high * 16 + low);
-                i += 2;
-                continue;
-            }
-        }
-        out += text[i];
-    }
-    return out;
 }
 
 }  // namespace
@@ -128,7 +87,7 @@ std::string absoluteURL(const std::string& path, const std::string& base) {
     const auto first = path.find_first_not_of('/');
     if (first == std::string::npos) return base;
     const std::string inner = path.substr(first, path.find_last_not_of('/') - first + 1);
-    return base + (!base.empty() && base.back() == '/' ? "" : "/") + percentEncoded(inner, pathAllowed);
+    return base + (!base.empty() && base.back() == '/' ? "" : "/") + support::percentEncoded(inner, support::PercentSet::path);
 }
 
 std::string lastPathComponent(const std::string& url) {
@@ -145,7 +104,7 @@ std::string lastPathComponent(const std::string& url) {
     while (path.size() > 1 && path.back() == '/') path.remove_suffix(1);
     const auto slash = path.rfind('/');
     if (slash != std::string_view::npos && path.size() > 1) path.remove_prefix(slash + 1);
-    return percentDecoded(path);
+    return support::percentDecoded(path);
 }
 
 std::string templateThumbnailsFolder() {
@@ -161,8 +120,8 @@ std::optional<std::string> usageURL(const std::string& serviceBase, const std::s
     if (!schemeOf(serviceBase)) return std::nullopt;
     std::string url = serviceBase;
     while (!url.empty() && url.back() == '/') url.pop_back();
-    return url + "/get_downloadTemplate?licenseKey=" + percentEncoded(licenseKey, queryAllowed) +
-           "&slideId=" + percentEncoded(slideId, queryAllowed);
+    return url + "/get_downloadTemplate?licenseKey=" + support::percentEncoded(licenseKey, support::PercentSet::query) +
+           "&slideId=" + support::percentEncoded(slideId, support::PercentSet::query);
 }
 
 }  // namespace velmora

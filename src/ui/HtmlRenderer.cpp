@@ -220,6 +220,7 @@ bool fillsWidth(const Node& n, Flow flow) {
         case Kind::checkerboard:
             return true;
         case Kind::scroll: return true;
+        case Kind::webView: return true;
         case Kind::text:
         case Kind::image:
         case Kind::symbol:
@@ -249,7 +250,7 @@ bool fillsBoth(const Node& n) {
 }
 
 bool holdsScroll(const Node& n) {
-    if (n.kind == Kind::scroll) return true;
+    if (n.kind == Kind::scroll || n.kind == Kind::webView) return true;
     if (n.kind != Kind::vstack && n.kind != Kind::zstack) return false;
     for (const auto& child : n.children) {
         if (!child.mod.frame.height && holdsScroll(child)) return true;
@@ -577,6 +578,14 @@ private:
                 children(n, Flow::column);
                 out += "</div></div>";
                 break;
+            case Kind::webView: {
+                // The page runs in a frame of its own, as in the real web view.
+                open("iframe", "v-web", n, style,
+                     " sandbox=\"allow-scripts\" srcdoc=\"" +
+                         support::htmlEscaped(n.webView ? n.webView->loadedHTML() : std::string{}) + "\"");
+                out += "</iframe>";
+                break;
+            }
             case Kind::datePicker:
                 open("div", "v-calendar", n, style);
                 out += calendarHtml(n.text);
@@ -666,6 +675,7 @@ const char* kStyleSheet = R"CSS(
 .v-segments { display: flex; align-self: stretch; background: rgba(0,0,0,0.06); border-radius: 6px; padding: 2px; gap: 2px; }
 .v-segment { flex: 1 1 0; text-align: center; padding: 3px 8px; border-radius: 5px; }
 .v-segment-on { background: #fff; box-shadow: 0 1px 2px rgba(0,0,0,0.2); }
+.v-web { display: block; border: 0; width: 100%; flex: 1 1 auto; min-height: 0; align-self: stretch; background: #fff; }
 .v-calendar { display: flex; flex-direction: column; gap: 4px; font-size: 11px; }
 .v-calendar-head { font-weight: 600; text-align: center; }
 .v-calendar-days { display: grid; grid-template-columns: repeat(7, 20px); gap: 2px; text-align: center; }

@@ -46,6 +46,7 @@ const char* kindName(Kind kind) {
         case Kind::menu: return "menu";
         case Kind::popover: return "popover";
         case Kind::datePicker: return "datePicker";
+        case Kind::webView: return "webView";
         case Kind::rectangle: return "rectangle";
         case Kind::roundedRectangle: return "roundedRectangle";
         case Kind::circle: return "circle";
@@ -350,6 +351,12 @@ Node popover(Node anchor, Node content, bool isPresented) {
     node.children.push_back(std::move(anchor));
     node.children.push_back(std::move(content));
     node.isOn = isPresented;
+    return node;
+}
+
+Node webView(std::shared_ptr<platform::WebView> view) {
+    Node node = make(Kind::webView);
+    node.webView = std::move(view);
     return node;
 }
 

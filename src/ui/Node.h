@@ -38,10 +38,13 @@
 #include <functional>
 #include <initializer_list>
 #include <limits>
+#include <memory>
 #include <optional>
 #include <string>
 #include <utility>
 #include <vector>
+
+#include "platform/Web.h"
 
 namespace velmora::ui {
 
@@ -166,7 +169,7 @@ struct PathElement {
 enum class Kind {
     vstack, hstack, zstack, scroll, grid,
     text, image, symbol, spacer, divider,
-    button, toggle, textField, picker, menu, popover, datePicker,
+    button, toggle, textField, picker, menu, popover, datePicker, webView,
     rectangle, roundedRectangle, circle, capsule, line, checkerboard, path,
 };
 
@@ -207,6 +210,9 @@ struct Node {
     double tile = 0;             // checkerboard: side of one square
     std::vector<PathElement> pathElements;  // path
     double pathWidth = 0, pathHeight = 0;   // path: its box
+
+    // webView: the view, which lives as long as its pane, not as the node.
+    std::shared_ptr<platform::WebView> webView;
 
     // Controls.
     bool isOn = false;  // toggle: on; popover: presented; picker item: chosen
@@ -347,6 +353,8 @@ Node textField(std::string placeholder, std::string value, std::function<void(co
 Node picker(std::string label, Nodes items);
 Node menu(std::string label, Nodes items);
 Node popover(Node anchor, Node content, bool isPresented);
+// A platform web view placed in the layout; it fills the room offered.
+Node webView(std::shared_ptr<platform::WebView> view);
 // A graphical month showing `day` ("yyyy-MM-dd") chosen; choosing a day
 // calls `onPick` with it.
 Node datePicker(std::string day, std::function<void(const std::string&)> onPick);

@@ -35,6 +35,7 @@ public:
         return true;
     }
     const std::string& html() const { return html_; }
+    std::string loadedHTML() const override { return html_; }
     const std::string& baseURL() const { return baseURL_; }
     int loads() const { return loads_; }
     const std::vector<std::string>& scripts() const { return scripts_; }
