@@ -18,6 +18,7 @@
 #include <vector>
 
 #include "platform/Views.h"
+#include "platform/Web.h"
 
 namespace velmora::platform {
 
@@ -42,6 +43,9 @@ struct PaneAccess {
     // Scrolls the first scroll view that follows its position to `offset`
     // points from its top; false when there is none.
     std::function<bool(double offset)> scroll;
+    // The web views the content shows, in reading order, for a host that
+    // plays their pages (posts the messages a page would).
+    std::function<std::vector<std::shared_ptr<WebView>>()> webViews;
     // Presses the default button (Return); false when there is none.
     std::function<bool()> pressDefault;
     // A drag on the resize handle: press, move `dx` points, release. Panes only.

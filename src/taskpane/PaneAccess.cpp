@@ -115,6 +115,17 @@ platform::PaneAccess makeContentAccess(std::function<std::shared_ptr<ui::Hosting
         if (auto still = hostingOf()) still->invalidate();
         return true;
     };
+    access.webViews = [hostingOf] {
+        std::vector<std::shared_ptr<platform::WebView>> views;
+        auto hosting = hostingOf();
+        if (!hosting) return views;
+        std::function<void(const ui::Node&)> visit = [&](const ui::Node& node) {
+            if (node.kind == ui::Kind::webView && node.webView) views.push_back(node.webView);
+            for (const auto& child : node.children) visit(child);
+        };
+        visit(hosting->tree());
+        return views;
+    };
     access.pressDefault = [hostingOf] {
         auto hosting = hostingOf();
         if (!hosting) return false;

@@ -96,7 +96,17 @@ std::optional<std::string> quotaURL(const std::string& licenseKey) {
 
 IconViewModel& IconViewModel::shared() {
     // Never destroyed: worker completions may reach it at exit.
-    static auto* model = new IconViewModel;
+    static auto* model = [] {
+        auto* made = new IconViewModel;
+        platform::registerInspector("icons", [made] {
+            return std::vector<std::string>{
+                "icons: style " + std::string(iconStyleName(currentIconStyle().load())) + ", remaining " +
+                    support::quoted(made->remainingDownloadsText.get()) +
+                    (made->exhaustedVisible.get() ? ", quota note shown" : ", no quota note") +
+                    (made->isDownloading.get() ? ", downloading" : "")};
+        });
+        return made;
+    }();
     return *model;
 }
 
