@@ -18,6 +18,7 @@
 #include <stdexcept>
 
 #include "Fixtures.h"
+#include "LoopbackServer.h"
 
 namespace velmora::cloud {
 
@@ -303,7 +304,7 @@ Cloud::Cloud(CloudOptions options) : options_(std::move(options)) {
         ownsDirectory_ = true;
     }
 
-    server_ = std::make_unique<httplib::Server>();
+    server_ = std::make_unique<LoopbackServer>();
     // Enough workers that delayed answers do not hold up the rest.
     server_->new_task_queue = [] { return new httplib::ThreadPool(16); };
     server_->set_pre_routing_handler([this](const httplib::Request& request, httplib::Response& response) {
@@ -424,22 +425,39 @@ std::string Cloud::manifestBody(const std::optional<Fault>& fault) const {
 void Cloud::handle(const httplib::Request& request, httplib::Response& response) {
     RecordedRequest record;
     record.method = request.method;
-    const auto question = request.target.find('?');
-    record.path = request.target.substr(0, question);
-    if (question != std::string::npos) record.rawQuery = request.target.substr(question + 1);
+    const std::string& target = targetAsSent(request);
+    const auto question = target.find('?');
+    record.path = target.substr(0, question);
+    if (question != std::string::npos) record.rawQuery = target.substr(question + 1);
     record.query = queryItems(record.rawQuery);
     const std::string path = percentDecoded(record.path, false);
     record.route = routeOf(path);
 
+    // Pages loaded from a string fetch from origin "null": every answer allows any origin.
+    response.set_header("Access-Control-Allow-Origin", "*");
+    const bool preflight = request.method == "OPTIONS";
     std::optional<Fault> fault;
     {
         // One lock for both, so faults are spent in the order requests are recorded.
         std::lock_guard lock(mutex_);
-        fault = takeFault(record.route, path);
+        // A preflight spends no fault: the request it clears the way for does.
+        if (!preflight) fault = takeFault(record.route, path);
         if (fault) record.fault = fault->describe();
         requests_.push_back(record);
     }
     if (options_.onRequest) options_.onRequest(record);
+
+    if (preflight) {
+        response.status = 204;
+        response.set_header("Access-Control-Allow-Methods", "GET, HEAD, OPTIONS");
+        const std::string headers = request.get_header_value("Access-Control-Request-Headers");
+        response.set_header("Access-Control-Allow-Headers", headers.empty() ? "*" : headers);
+        if (request.has_header("Access-Control-Request-Private-Network")) {
+            response.set_header("Access-Control-Allow-Private-Network", "true");
+        }
+        response.set_header("Access-Control-Max-Age", "600");
+        return;
+    }
 
     if (fault) {
         switch (fault->kind) {

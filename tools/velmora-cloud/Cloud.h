@@ -9,6 +9,9 @@
 //                           data folder, or drawn on demand for generated names
 //   service  BASE/api/...   get_downloadTemplate (200 {"ok":true}); the icon,
 //                           image and download-tracking routes answer 501
+// Every answer carries Access-Control-Allow-Origin: *, and OPTIONS
+// preflights are answered (recorded, but they meet no fault). A query may
+// hold a second "?" as it stands (LoopbackServer.h).
 // Routes by name: manifest, thumb (.png below cdn), pptx (.pptx below cdn),
 // cdn (anything below /cdn/), usage (get_downloadTemplate), icons-search,
 // icons-asset, icons-quota, images (get_searchImage), track
