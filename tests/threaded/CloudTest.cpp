@@ -90,9 +90,9 @@ TEST_F(CloudTest, FixturesAreTheSameEachRun) {
 TEST_F(CloudTest, RecordsEveryRequestInOrderWithItsQueryRawAndDecoded) {
     EXPECT_EQ(get(cloud.serviceBaseURL() + "/get_downloadTemplate?licenseKey=A%20B%2BC&slideId=tpl-0001").body,
               R"({"ok":true})");
-    for (const char* stub : {"/v2/icons/search?q=x", "/v2/icons/asset", "/v2/icons/quota", "/get_searchImage",
-                             "/get_trackDownload"}) {
-        EXPECT_EQ(get(cloud.serviceBaseURL() + stub).status, 501) << stub;
+    for (const char* route : {"/v2/icons/search?q=x", "/v2/icons/asset", "/v2/icons/quota", "/get_searchImage",
+                              "/get_trackDownload"}) {
+        EXPECT_NE(get(cloud.serviceBaseURL() + route).status, 0) << route;
     }
     cdn("nothing-here");
     auto requests = cloud.requests();

@@ -18,16 +18,18 @@
 #include <stdexcept>
 
 #include "Fixtures.h"
+#include "IconFixtures.h"
 #include "LoopbackServer.h"
+#include "Service.h"
 
 namespace velmora::cloud {
 
 namespace fs = std::filesystem;
 
 const char* const faultUsage =
-    "ROUTE KIND [N]: ROUTE manifest, thumb, pptx, cdn, usage, icons-search, icons-asset, icons-quota, images, "
-    "track, api, any or a path; KIND status CODE, delay SECONDS, garbage, truncate, half, drop, and for the "
-    "manifest wrongtype, missingkey, empty, slides COUNT; N: the next N requests (none: always)";
+    "ROUTE KIND [N]: ROUTE manifest, thumb, pptx, icon, photo, cdn, usage, icons-search, icons-asset, "
+    "icons-quota, images, track, api, any or a path; KIND status CODE, delay SECONDS, garbage, truncate, half, "
+    "drop, and for the manifest wrongtype, missingkey, empty, slides COUNT; N: the next N requests (none: always)";
 
 namespace {
 
@@ -41,7 +43,7 @@ const std::map<std::string, std::string> servicePaths = {
 };
 
 bool knownRoute(const std::string& route) {
-    static const std::vector<std::string> names = {"manifest", "thumb", "pptx", "cdn", "api", "any"};
+    static const std::vector<std::string> names = {"manifest", "thumb", "pptx", "icon", "photo", "cdn", "api", "any"};
     if (std::find(names.begin(), names.end(), route) != names.end()) return true;
     for (const auto& [path, name] : servicePaths) {
         if (name == route) return true;
@@ -72,6 +74,8 @@ std::string routeOf(const std::string& path) {
     if (startsWith(path, "/cdn/")) {
         auto relative = cdnRelative(path);
         if (relative == "manifest.json") return "manifest";
+        if (relative && startsWith(*relative, "icons/")) return "icon";
+        if (relative && startsWith(*relative, "photos/")) return "photo";
         if (endsWith(path, ".png")) return "thumb";
         if (endsWith(path, ".pptx")) return "pptx";
         return "cdn";
@@ -134,6 +138,8 @@ std::string contentType(const std::string& path) {
     if (endsWith(path, ".json")) return "application/json";
     if (endsWith(path, ".png")) return "image/png";
     if (endsWith(path, ".pptx")) return "application/vnd.openxmlformats-officedocument.presentationml.presentation";
+    if (endsWith(path, ".svg")) return "image/svg+xml";
+    if (startsWith(path, "/cdn/people/")) return "text/html";
     return "application/octet-stream";
 }
 
@@ -155,6 +161,11 @@ void answerPage(httplib::Response& response, int status) {
                                      "<body><h1>{0}</h1></body></html>\n",
                                      title),
                          "text/html");
+}
+
+void answer(httplib::Response& response, const service::Reply& reply) {
+    response.status = reply.status;
+    if (!reply.type.empty()) response.set_content(reply.body, reply.type.c_str());
 }
 
 std::string garbageBytes() {
@@ -234,7 +245,12 @@ std::string Fault::describe() const {
 
 std::string describe(const RecordedRequest& request) {
     std::string line = request.method + " " + request.path;
-    for (const auto& item : request.query) line += " " + item.key + "=" + item.value;
+    for (const auto& item : request.query) {
+        line += " " + item.key + "=" + item.value;
+        if (request.route == "icons-search" && item.key == "cursor") {
+            if (auto text = iconCursorText(item.value)) line += " (" + *text + ")";
+        }
+    }
     if (request.fault) line += " [" + *request.fault + "]";
     return line;
 }
@@ -291,7 +307,7 @@ Fault parseFault(const std::vector<std::string>& words) {
     return fault;
 }
 
-Cloud::Cloud(CloudOptions options) : options_(std::move(options)) {
+Cloud::Cloud(CloudOptions options) : options_(std::move(options)), quotaLimit_(options_.quotaLimit) {
     // A client that goes away mid-answer must not end the process.
     static const bool ignoringBrokenPipes = std::signal(SIGPIPE, SIG_IGN) != SIG_ERR;
     (void)ignoringBrokenPipes;
@@ -364,6 +380,42 @@ std::vector<RecordedRequest> Cloud::requests() const {
 void Cloud::clearRequests() {
     std::lock_guard lock(mutex_);
     requests_.clear();
+}
+
+Quota Cloud::quota(const std::string& licenseKey) const {
+    std::lock_guard lock(mutex_);
+    auto it = quotas_.find(licenseKey);
+    if (it != quotas_.end()) return it->second;
+    return {quotaLimit_, quotaRemaining_.value_or(quotaLimit_)};
+}
+
+void Cloud::setQuota(const std::optional<std::string>& licenseKey, int remaining, std::optional<int> limit) {
+    std::lock_guard lock(mutex_);
+    if (licenseKey) {
+        Quota& quota = quotaLocked(*licenseKey);
+        quota.remaining = remaining;
+        if (limit) quota.limit = *limit;
+        return;
+    }
+    if (limit) quotaLimit_ = *limit;
+    quotaRemaining_ = remaining;
+    for (auto& [key, quota] : quotas_) {
+        quota.remaining = remaining;
+        if (limit) quota.limit = *limit;
+    }
+}
+
+Quota& Cloud::quotaLocked(const std::string& licenseKey) {
+    auto [it, added] = quotas_.try_emplace(licenseKey, Quota{quotaLimit_, quotaRemaining_.value_or(quotaLimit_)});
+    return it->second;
+}
+
+bool Cloud::spendDownload(const std::string& licenseKey) {
+    std::lock_guard lock(mutex_);
+    Quota& quota = quotaLocked(licenseKey);
+    if (quota.remaining <= 0) return false;
+    --quota.remaining;
+    return true;
 }
 
 void Cloud::stop() {
@@ -486,22 +538,33 @@ void Cloud::handle(const httplib::Request& request, httplib::Response& response)
     } else if (startsWith(path, "/cdn/")) {
         auto relative = cdnRelative(path);
         std::optional<std::string> bytes;
-        if (relative && !relative->empty()) {
-            bytes = readFile(fs::path(dataDirectory_) / *relative);
-            if (!bytes) bytes = fixtureBytes(*relative);
-        }
-        if (bytes) {
-            response.status = 200;
-            response.set_content(std::move(*bytes), contentType(path).c_str());
+        if (auto reply = relative ? service::photoDownload(*relative, cdnBaseURL()) : std::nullopt) {
+            answer(response, *reply);
         } else {
-            answerPage(response, 404);
+            if (relative && !relative->empty()) {
+                bytes = readFile(fs::path(dataDirectory_) / *relative);
+                if (!bytes) bytes = fixtureBytes(*relative);
+            }
+            if (bytes) {
+                response.status = 200;
+                response.set_content(std::move(*bytes), contentType(path).c_str());
+            } else {
+                answerPage(response, 404);
+            }
         }
     } else if (record.route == "usage") {
         response.status = 200;
         response.set_content(R"({"ok":true})", "application/json");
-    } else if (servicePaths.count(path)) {
-        response.status = 501;
-        response.set_content(R"({"error":"not implemented"})", "application/json");
+    } else if (record.route == "icons-search") {
+        answer(response, service::iconSearch(record.query, cdnBaseURL()));
+    } else if (record.route == "icons-asset") {
+        answer(response, service::iconAsset(record.query, [this](const std::string& key) { return spendDownload(key); }));
+    } else if (record.route == "icons-quota") {
+        answer(response, service::iconQuota(record.query, [this](const std::string& key) { return quota(key); }));
+    } else if (record.route == "images") {
+        answer(response, service::photoSearch(record.query, cdnBaseURL()));
+    } else if (record.route == "track") {
+        answer(response, service::trackDownload(record.query));
     } else {
         answerPage(response, 404);
     }

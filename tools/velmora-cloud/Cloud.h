@@ -2,28 +2,32 @@
 // fixtures, a record of every request and faults on demand.
 //
 // Provides: QueryItem, RecordedRequest, describe(), CloudOptions, FaultKind,
-// Fault, parseFault(), faultUsage, Cloud.
+// Fault, parseFault(), faultUsage, Quota, Cloud.
 //
 // One HTTP server on 127.0.0.1 (never another address) answers
 //   CDN      BASE/cdn/...   manifest.json and the files it names, from the
-//                           data folder, or drawn on demand for generated names
-//   service  BASE/api/...   get_downloadTemplate (200 {"ok":true}); the icon,
-//                           image and download-tracking routes answer 501
+//                           data folder, or drawn on demand for generated
+//                           names; icons/<provider>-<id>.svg, photos/<id>.png,
+//                           photos/<id>-small.png, photos/<id>/download and
+//                           people/<handle>, drawn on demand
+//   service  BASE/api/...   get_downloadTemplate (200 {"ok":true}),
+//                           v2/icons/search, v2/icons/asset, v2/icons/quota,
+//                           get_searchImage, get_trackDownload (Service.h)
 // Every answer carries Access-Control-Allow-Origin: *, and OPTIONS
-// preflights are answered (recorded, but they meet no fault). A query may
-// hold a second "?" as it stands (LoopbackServer.h).
+// preflights are answered (recorded, but they meet no fault).
 // Routes by name: manifest, thumb (.png below cdn), pptx (.pptx below cdn),
-// cdn (anything below /cdn/), usage (get_downloadTemplate), icons-search,
-// icons-asset, icons-quota, images (get_searchImage), track
-// (get_trackDownload), api (anything below /api/), any; or an exact path
-// such as /cdn/thumbs/cover.png.
+// icon (below cdn/icons/), photo (below cdn/photos/), cdn (anything below
+// /cdn/), usage (get_downloadTemplate), icons-search, icons-asset,
+// icons-quota, images (get_searchImage), track (get_trackDownload), api
+// (anything below /api/), any; or an exact path such as /cdn/thumbs/cover.png.
 //
 // Every member is safe from any thread. Handlers run on the server's pool.
 #pragma once
 
 #include <condition_variable>
-#include <functional>
 #include <cstddef>
+#include <functional>
+#include <map>
 #include <memory>
 #include <mutex>
 #include <optional>
@@ -58,6 +62,7 @@ struct CloudOptions {
     int port = 0;               // 0: an ephemeral one
     std::size_t templates = 12;
     bool generate = true;       // false: serve the data folder as it stands
+    int quotaLimit = 50;        // icon downloads a month, per licence key
     // Told of each request as it is recorded, on a server thread.
     std::function<void(const RecordedRequest&)> onRequest;
 };
@@ -91,9 +96,15 @@ struct Fault {
 Fault parseFault(const std::vector<std::string>& words);
 extern const char* const faultUsage;
 
-// "GET /api/get_downloadTemplate licenseKey=K slideId=S", the query decoded,
+// "GET /api/get_downloadTemplate licenseKey=K slideId=S", the query decoded
+// (an icon search's cursor followed by what it holds: "cursor=X (arrow|all|30)"),
 // then " [status 500]" when it met a fault.
 std::string describe(const RecordedRequest& request);
+
+struct Quota {
+    int limit = 0;
+    int remaining = 0;
+};
 
 class Cloud {
 public:
@@ -120,6 +131,12 @@ public:
     std::vector<RecordedRequest> requests() const;
     void clearRequests();
 
+    // A licence key's monthly icon downloads; a key starts with the limit.
+    Quota quota(const std::string& licenseKey) const;
+    // Sets one key's remaining downloads (and its limit), or, without a key,
+    // every key's, those not seen yet included.
+    void setQuota(const std::optional<std::string>& licenseKey, int remaining, std::optional<int> limit = std::nullopt);
+
     // Stops answering: later connections are refused. Waits for the
     // requests under way; a delay in progress ends at once.
     void stop();
@@ -130,6 +147,8 @@ private:
     std::optional<Fault> takeFault(const std::string& route, const std::string& path);
     bool waitFor(double seconds);
     std::string manifestBody(const std::optional<Fault>& fault) const;
+    Quota& quotaLocked(const std::string& licenseKey);
+    bool spendDownload(const std::string& licenseKey);
 
     CloudOptions options_;
     std::string dataDirectory_;
@@ -144,6 +163,9 @@ private:
     bool stopped_ = false;
     std::vector<Fault> faults_;
     std::vector<RecordedRequest> requests_;
+    std::map<std::string, Quota> quotas_;
+    int quotaLimit_ = 0;                   // for keys not seen yet
+    std::optional<int> quotaRemaining_;    // the same; nothing: the limit
 };
 
 }  // namespace velmora::cloud

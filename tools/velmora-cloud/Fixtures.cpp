@@ -11,6 +11,8 @@
 #include <fstream>
 #include <stdexcept>
 
+#include "IconFixtures.h"
+#include "PhotoFixtures.h"
 #include "support/Text.h"
 
 namespace velmora::cloud {
@@ -19,6 +21,8 @@ namespace {
 
 constexpr int sharedThumbA = 5, sharedThumbB = 11;
 constexpr int largestNumber = 1'000'000;
+// Thumbnails are drawn in one dark grey; downloads come in the colour asked for.
+const std::string thumbnailColour = "#2B3440";
 
 const std::array<const char*, 12> titles = {"Agenda",  "Timeline", "Org Chart", "SWOT",    "Roadmap", "Pricing",
                                              "Überblick", "Quote",  "Process",   "Compare", "Funnel",  "Thank You"};
@@ -134,8 +138,14 @@ std::string manifestText(std::size_t count, const std::string& cdnBase) {
     return nlohmann::ordered_json{{"slides", std::move(slides)}}.dump();
 }
 
+std::mutex& drawingMutex() {
+    static std::mutex mutex;
+    return mutex;
+}
+
 std::string thumbnailPNG(int number) {
     constexpr int width = 320, height = 180;
+    std::lock_guard lock(drawingMutex());
     cairo_surface_t* surface = cairo_image_surface_create(CAIRO_FORMAT_RGB24, width, height);
     cairo_t* cr = cairo_create(surface);
     const Colour accent = hue(number * 47.0, 0.65, 0.85);
@@ -199,6 +209,19 @@ std::optional<std::string> fixtureBytes(const std::string& relativePath) {
         return thumbnailPNG(*n);
     }
     if (auto n = numberIn(relativePath, "slides/tpl-", ".pptx")) return presentationBytes(templateFixture(*n, ""));
+    if (const auto* icon = findIconFile(relativePath)) return iconSVG(*icon, thumbnailColour);
+    const std::string photos = "photos/", small = "-small.png", png = ".png";
+    if (relativePath.rfind(photos, 0) == 0) {
+        const std::string name = relativePath.substr(photos.size());
+        const bool isSmall = name.size() > small.size() && name.compare(name.size() - small.size(), small.size(), small) == 0;
+        const std::size_t suffix = isSmall ? small.size() : png.size();
+        if (name.size() > suffix && name.compare(name.size() - png.size(), png.size(), png) == 0) {
+            if (const auto* photo = findPhoto(name.substr(0, name.size() - suffix))) return photoPNG(*photo, isSmall);
+        }
+    }
+    if (relativePath.rfind("people/", 0) == 0) {
+        if (const auto* person = findPhotographer(relativePath.substr(7))) return personPage(*person);
+    }
     return std::nullopt;
 }
 

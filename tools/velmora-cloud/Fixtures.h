@@ -8,6 +8,7 @@
 #pragma once
 
 #include <cstddef>
+#include <mutex>
 #include <optional>
 #include <string>
 #include <vector>
@@ -36,12 +37,19 @@ std::string manifestText(std::size_t count, const std::string& cdnBase);
 // template's number in segment digits (no fonts, so every machine draws
 // the same pixels).
 std::string thumbnailPNG(int number);
+// Held while cairo draws: its caches hand memory between threads through
+// atomics ThreadSanitizer cannot see, so pictures are drawn one at a time.
+std::mutex& drawingMutex();
+
 // Bytes that name the template; not an office document.
 std::string presentationBytes(const TemplateFixture& fixture);
 
 // The bytes of a generated file below the CDN root ("thumbs/tpl-0042.png",
 // "slides/tpl-0042.pptx", "thumbs/cover.png", "thumbs/extra/cover.png"),
-// for any number up to a million; nothing for other names.
+// for any number up to a million; an icon's thumbnail
+// ("icons/lineart-4100.svg"), a photo ("photos/sea-02.png",
+// "photos/sea-02-small.png") or a photographer's page ("people/ada_lind");
+// nothing for other names.
 std::optional<std::string> fixtureBytes(const std::string& relativePath);
 
 // Writes the manifest and every file of `count` templates below `folder`.

@@ -1,7 +1,7 @@
 // velmora-cloud: the service and the CDN on loopback, run alone.
 //
 //   velmora-cloud [--port N] [--data DIR] [--templates N] [--no-generate]
-//                 [--fault ROUTE KIND [VALUE] [N]]... [--quiet]
+//                 [--quota-limit N] [--fault ROUTE KIND [VALUE] [N]]... [--quiet]
 //
 // Prints its base URLs, then one line per request, until SIGINT or SIGTERM.
 
@@ -21,7 +21,7 @@ namespace {
 int usage(const std::string& problem) {
     std::cerr << "velmora-cloud: " << problem << "\n"
               << "usage: velmora-cloud [--port N] [--data DIR] [--templates N] [--no-generate]\n"
-              << "                     [--fault ROUTE KIND [VALUE] [N]]... [--quiet]\n"
+              << "                     [--quota-limit N] [--fault ROUTE KIND [VALUE] [N]]... [--quiet]\n"
               << "a fault: " << velmora::cloud::faultUsage << "\n";
     return 2;
 }
@@ -54,6 +54,10 @@ int main(int argc, char** argv) {
             auto count = number(words[++i], 0, 100'000);
             if (!count) return usage("a template count is 0 to 100000");
             options.templates = static_cast<std::size_t>(*count);
+        } else if (word == "--quota-limit" && hasValue) {
+            auto limit = number(words[++i], 0, 1'000'000);
+            if (!limit) return usage("a quota limit is 0 to 1000000");
+            options.quotaLimit = static_cast<int>(*limit);
         } else if (word == "--no-generate") {
             options.generate = false;
         } else if (word == "--quiet") {
@@ -88,10 +92,13 @@ int main(int argc, char** argv) {
     }
     try {
         Cloud cloud(options);
-        for (auto& fault : faults) cloud.addFault(std::move(fault));
         std::printf("service %s\ncdn %s\ndata %s (%zu templates%s)\n", cloud.serviceBaseURL().c_str(),
                     cloud.cdnBaseURL().c_str(), cloud.dataDirectory().c_str(), cloud.templateCount(),
                     options.generate ? "" : ", as found");
+        for (auto& fault : faults) cloud.addFault(std::move(fault));
+        // No request has an empty key, so it reads what a new key starts with.
+        const Quota fresh = cloud.quota("");
+        std::printf("icon downloads %d of %d a month per licence key\n", fresh.remaining, fresh.limit);
         for (const auto& fault : cloud.faults()) {
             std::printf("fault %s %s %s\n", fault.route.c_str(), fault.describe().c_str(),
                         fault.times ? fmt::format("x{}", *fault.times).c_str() : "always");
