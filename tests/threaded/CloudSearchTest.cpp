@@ -1,6 +1,6 @@
 // The cloud stand-in's icon and photo routes over loopback HTTP: cursor
-// paging and the queries that misbehave on purpose, licence quotas, CORS,
-// photo paging and download tracking.
+// paging and the queries that misbehave on purpose, licence quotas, error
+// faults as a client meets them, CORS, photo paging and download tracking.
 
 #include <gtest/gtest.h>
 #include <httplib.h>
@@ -259,8 +259,9 @@ TEST(CloudQuota, EachDownloadSpendsOneOfItsKeysQuotaUntilNoneIsLeft) {
         "message":"This month's icon downloads are used up.","retryable":false}})"));
     EXPECT_EQ(quota("A")["remaining"], 0);
 
-    // For every key, those not seen yet too.
-    cloud.setQuota(std::nullopt, 5, 10);
+    // For every key, those not seen yet too, through the fault words.
+    cloud.addFault(parseFault({"quota", "5", "10"}));
+    EXPECT_TRUE(cloud.faults().empty());
     EXPECT_EQ(quota("A"), json({{"limit", 10}, {"remaining", 5}}));
     EXPECT_EQ(quota("new"), json({{"limit", 10}, {"remaining", 5}}));
     cloud.setQuota(std::nullopt, 0);
@@ -286,8 +287,77 @@ TEST(CloudQuota, ConcurrentDownloadsSpendExactlyTheQuota) {
     EXPECT_EQ(cloud.quota("K").remaining, 0);
 }
 
+TEST_F(CloudSearchTest, ErrorFaultsWithAndWithoutABody) {
+    const std::vector<std::pair<std::string, int>> codes = {
+        {"DOWNLOAD_QUOTA_EXHAUSTED", 429},       {"PROVIDER_TIMEOUT", 504},          {"PROVIDER_RATE_LIMITED", 429},
+        {"PROVIDER_UNAVAILABLE", 503},           {"PROVIDER_AUTHENTICATION_FAILED", 502},
+        {"PROVIDER_INVALID_RESPONSE", 502},      {"NETWORK_ERROR", 502},            {"INVALID_CURSOR", 400},
+        {"SOMETHING_ELSE", 500}};
+    const std::string searchTarget = "/api/v2/icons/search?licenseKey=K&query=arrow";
+    for (const auto& [code, status] : codes) {
+        fault({"icons-search", "error", code, "retryable", "1"});
+        fault({"icons-search", "error", "503", code, "final", "1"});
+        fault({"icons-asset", "error", code, "noflag", "1"});
+        fault({"icons-quota", "error", code, "nobody", "1"});
+        expectEnvelope(get(searchTarget), status, code, true);
+        expectEnvelope(get(searchTarget), 503, code, false);
+        expectEnvelope(get("/api/v2/icons/asset?licenseKey=K&provider=lineart&iconId=4100"), status, code,
+                       std::nullopt);
+        auto bare = get("/api/v2/icons/quota?licenseKey=K");
+        EXPECT_EQ(bare.status, status) << code;
+        EXPECT_TRUE(bare.body.empty()) << code;
+        EXPECT_TRUE(bare.parsed().is_discarded()) << code;
+    }
+    // Spent, they leave the usual answers; the quota was not touched by a faulted download.
+    EXPECT_TRUE(cloud.faults().empty());
+    EXPECT_EQ(get(searchTarget).status, 200);
+    EXPECT_EQ(cloud.quota("K").remaining, 50);
+
+    // Without a code's own defaults: a status page that is no JSON, and a count that runs out.
+    fault({"icons-search", "status", "503", "1"});
+    auto page = get(searchTarget);
+    EXPECT_EQ(page.status, 503);
+    EXPECT_TRUE(page.parsed().is_discarded());
+    fault({"icons-search", "error", "PROVIDER_TIMEOUT", "2"});
+    EXPECT_EQ(get(searchTarget).status, 504);
+    EXPECT_EQ(get(searchTarget).parsed()["error"]["retryable"], true);  // its own default
+    EXPECT_EQ(get(searchTarget).status, 200);
+
+    // The record spells each out in full.
+    auto requests = cloud.requests();
+    ASSERT_GE(requests.size(), 4u);
+    EXPECT_EQ(requests[0].fault, "error 429 DOWNLOAD_QUOTA_EXHAUSTED retryable");
+    EXPECT_EQ(requests[1].fault, "error 503 DOWNLOAD_QUOTA_EXHAUSTED final");
+    EXPECT_EQ(requests[2].fault, "error 429 DOWNLOAD_QUOTA_EXHAUSTED noflag");
+    EXPECT_EQ(requests[3].fault, "error 429 DOWNLOAD_QUOTA_EXHAUSTED nobody");
+}
+
+TEST(CloudFaultWords, ReadsErrorAndQuotaWordsAndRefusesWhatIsOff) {
+    auto timeout = parseFault({"icons-search", "error", "503", "PROVIDER_TIMEOUT", "retryable", "2"});
+    EXPECT_EQ(timeout.kind, FaultKind::error);
+    EXPECT_EQ(timeout.value, 503);
+    EXPECT_EQ(timeout.code, "PROVIDER_TIMEOUT");
+    EXPECT_EQ(timeout.body, ErrorBody::retryable);
+    EXPECT_EQ(timeout.times, 2);
+    auto plain = parseFault({"api", "error", "NOT_PLANNED"});
+    EXPECT_EQ(plain.describe(), "error 500 NOT_PLANNED final");
+    EXPECT_FALSE(plain.times);
+    EXPECT_EQ(parseFault({"icons-asset", "error", "INVALID_CURSOR", "3"}).describe(), "error 400 INVALID_CURSOR final");
+    EXPECT_EQ(parseFault({"quota", "0"}).describe(), "quota 0");
+    EXPECT_EQ(parseFault({"quota", "7", "9"}).describe(), "quota 7 of 9");
+    EXPECT_EQ(parseFault({"photo", "drop"}).route, "photo");
+    EXPECT_EQ(parseFault({"icon", "status", "404"}).route, "icon");
+    for (std::vector<std::string> bad : std::vector<std::vector<std::string>>{
+             {"icons-search", "error"}, {"icons-search", "error", "503"}, {"icons-search", "error", "99", "X"},
+             {"icons-search", "error", "retryable"}, {"icons-search", "error", "X", "retryable", "0"},
+             {"icons-search", "error", "X", "sometimes"}, {"quota"}, {"quota", "-1"}, {"quota", "1", "2", "3"},
+             {"quota", "lots"}}) {
+        EXPECT_THROW(parseFault(bad), std::invalid_argument) << bad.size();
+    }
+}
+
 TEST_F(CloudSearchTest, EveryAnswerAllowsAnyOriginAndPreflightsAreAnswered) {
-    fault({"icons-asset", "status", "503", "1"});
+    fault({"icons-asset", "error", "PROVIDER_UNAVAILABLE", "1"});
     fault({"thumb", "status", "500", "1"});
     for (const char* target : {"/api/v2/icons/search?licenseKey=K", "/api/v2/icons/asset?licenseKey=K",
                                "/cdn/thumbs/tpl-0001.png", "/cdn/icons/lineart-4100.svg", "/cdn/manifest.json",

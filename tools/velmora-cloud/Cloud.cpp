@@ -29,12 +29,15 @@ namespace fs = std::filesystem;
 const char* const faultUsage =
     "ROUTE KIND [N]: ROUTE manifest, thumb, pptx, icon, photo, cdn, usage, icons-search, icons-asset, "
     "icons-quota, images, track, api, any or a path; KIND status CODE, delay SECONDS, garbage, truncate, half, "
-    "drop, and for the manifest wrongtype, missingkey, empty, slides COUNT; N: the next N requests (none: always)";
+    "drop, error [STATUS] CODE [retryable|final|noflag|nobody], and for the manifest wrongtype, missingkey, "
+    "empty, slides COUNT; N: the next N requests (none: always); or quota REMAINING [LIMIT]: every licence's "
+    "icon downloads left this month";
 
 namespace {
 
 constexpr double longestDelay = 60;
 constexpr int mostSlides = 100'000;
+constexpr int mostDownloads = 1'000'000;
 
 const std::map<std::string, std::string> servicePaths = {
     {"/api/get_downloadTemplate", "usage"},   {"/api/v2/icons/search", "icons-search"},
@@ -209,6 +212,21 @@ void dropConnection(const httplib::Request& request) {
     }
 }
 
+const std::map<std::string, ErrorBody>& errorBodies() {
+    static const std::map<std::string, ErrorBody> bodies = {{"retryable", ErrorBody::retryable},
+                                                            {"final", ErrorBody::final},
+                                                            {"noflag", ErrorBody::noFlag},
+                                                            {"nobody", ErrorBody::none}};
+    return bodies;
+}
+
+std::string errorBodyName(ErrorBody body) {
+    for (const auto& [name, value] : errorBodies()) {
+        if (value == body) return name;
+    }
+    return "?";
+}
+
 std::optional<int> wholeNumber(const std::string& text) {
     int value = 0;
     auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), value);
@@ -228,8 +246,55 @@ std::string kindName(FaultKind kind) {
         case FaultKind::missingKey: return "missingkey";
         case FaultKind::empty: return "empty";
         case FaultKind::slides: return "slides";
+        case FaultKind::error: return "error";
+        case FaultKind::quota: return "quota";
     }
     return "?";
+}
+
+// error [STATUS] CODE [retryable|final|noflag|nobody], from words[next]; the
+// index after what it read.
+template <typename Fail>
+std::size_t parseError(const std::vector<std::string>& words, std::size_t next, Fault& fault, Fail fail) {
+    std::optional<int> status;
+    if (next < words.size() && wholeNumber(words[next])) {
+        status = wholeNumber(words[next]);
+        if (*status < 200 || *status > 599) fail("a status is a number from 200 to 599, not '" + words[next] + "'");
+        ++next;
+    }
+    if (next >= words.size() || wholeNumber(words[next]) || errorBodies().count(words[next])) {
+        fail("error needs a code such as PROVIDER_TIMEOUT");
+    }
+    fault.code = words[next++];
+    fault.value = status.value_or(service::errorStatus(fault.code));
+    fault.body = service::errorRetryable(fault.code) ? ErrorBody::retryable : ErrorBody::final;
+    if (next < words.size()) {
+        auto body = errorBodies().find(words[next]);
+        if (body != errorBodies().end()) {
+            fault.body = body->second;
+            ++next;
+        }
+    }
+    return next;
+}
+
+// quota REMAINING [LIMIT]
+template <typename Fail>
+Fault parseQuota(const std::vector<std::string>& words, Fail fail) {
+    if (words.size() < 2 || words.size() > 3) fail("quota takes the remaining downloads and maybe a limit");
+    auto count = [&](const std::string& text) {
+        auto number = wholeNumber(text);
+        if (!number || *number < 0 || *number > mostDownloads) {
+            fail(fmt::format("a download count is 0 to {}, not '{}'", mostDownloads, text));
+        }
+        return *number;
+    };
+    Fault fault;
+    fault.route = "quota";
+    fault.kind = FaultKind::quota;
+    fault.value = count(words[1]);
+    if (words.size() == 3) fault.limit = count(words[2]);
+    return fault;
 }
 
 }  // namespace
@@ -239,6 +304,8 @@ std::string Fault::describe() const {
         case FaultKind::status:
         case FaultKind::slides: return fmt::format("{} {}", kindName(kind), value);
         case FaultKind::delay: return fmt::format("delay {}", seconds);
+        case FaultKind::error: return fmt::format("error {} {} {}", value, code, errorBodyName(body));
+        case FaultKind::quota: return limit ? fmt::format("quota {} of {}", value, *limit) : fmt::format("quota {}", value);
         default: return kindName(kind);
     }
 }
@@ -257,6 +324,7 @@ std::string describe(const RecordedRequest& request) {
 
 Fault parseFault(const std::vector<std::string>& words) {
     auto fail = [](const std::string& what) { throw std::invalid_argument(what + " (" + faultUsage + ")"); };
+    if (!words.empty() && words[0] == "quota") return parseQuota(words, fail);
     if (words.size() < 2) fail("a fault needs a route and a kind");
     Fault fault;
     fault.route = words[0];
@@ -265,7 +333,7 @@ Fault parseFault(const std::vector<std::string>& words) {
         {"status", FaultKind::status},     {"delay", FaultKind::delay},     {"garbage", FaultKind::garbage},
         {"truncate", FaultKind::truncate}, {"half", FaultKind::half},       {"drop", FaultKind::drop},
         {"wrongtype", FaultKind::wrongType}, {"missingkey", FaultKind::missingKey}, {"empty", FaultKind::empty},
-        {"slides", FaultKind::slides}};
+        {"slides", FaultKind::slides},     {"error", FaultKind::error}};
     auto kind = kinds.find(words[1]);
     if (kind == kinds.end()) fail("no fault kind '" + words[1] + "'");
     fault.kind = kind->second;
@@ -293,6 +361,7 @@ Fault parseFault(const std::vector<std::string>& words) {
             fault.value = *number;
         }
     }
+    if (fault.kind == FaultKind::error) next = parseError(words, next, fault, fail);
     const bool changesManifest = fault.kind == FaultKind::wrongType || fault.kind == FaultKind::missingKey ||
                                  fault.kind == FaultKind::empty || fault.kind == FaultKind::slides;
     if (changesManifest && fault.route != "manifest" && fault.route != "/cdn/manifest.json") {
@@ -358,6 +427,10 @@ std::string Cloud::serviceBaseURL() const { return baseURL() + "/api"; }
 std::string Cloud::cdnBaseURL() const { return baseURL() + "/cdn/"; }
 
 void Cloud::addFault(Fault fault) {
+    if (fault.kind == FaultKind::quota) {
+        setQuota(std::nullopt, fault.value, fault.limit);
+        return;
+    }
     std::lock_guard lock(mutex_);
     faults_.push_back(std::move(fault));
 }
@@ -522,6 +595,15 @@ void Cloud::handle(const httplib::Request& request, httplib::Response& response)
             case FaultKind::garbage:
                 response.status = 200;
                 response.set_content(garbageBytes(), contentType(path).c_str());
+                return;
+            case FaultKind::error:
+                response.status = fault->value;
+                if (fault->body != ErrorBody::none) {
+                    std::optional<bool> retryable;
+                    if (fault->body != ErrorBody::noFlag) retryable = fault->body == ErrorBody::retryable;
+                    response.set_content(service::errorEnvelope(fault->code, service::errorMessage(fault->code), retryable),
+                                         "application/json");
+                }
                 return;
             default: break;
         }

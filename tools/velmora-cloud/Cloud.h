@@ -2,7 +2,7 @@
 // fixtures, a record of every request and faults on demand.
 //
 // Provides: QueryItem, RecordedRequest, describe(), CloudOptions, FaultKind,
-// Fault, parseFault(), faultUsage, Quota, Cloud.
+// ErrorBody, Fault, parseFault(), faultUsage, Quota, Cloud.
 //
 // One HTTP server on 127.0.0.1 (never another address) answers
 //   CDN      BASE/cdn/...   manifest.json and the files it names, from the
@@ -78,20 +78,31 @@ enum class FaultKind {
     missingKey,  // manifest: the first slide lacks "pptx" (no slides: there is no "slides")
     empty,       // manifest: {"slides":[]}
     slides,      // manifest: `value` generated slides instead of the catalogue
+    error,       // status `value` with the error envelope of `code`, as `body` says
+    quota,       // not a fault: sets every licence's remaining downloads to `value` (and the limit)
 };
+
+// What an error fault sends: the envelope with "retryable" true or false or
+// left out, or no body at all.
+enum class ErrorBody { retryable, final, noFlag, none };
 
 struct Fault {
     std::string route;  // a route name or an exact path (see above)
     FaultKind kind = FaultKind::status;
-    int value = 0;       // status code or slide count
+    int value = 0;       // status code, slide count or remaining downloads
     double seconds = 0;  // delay
+    std::string code;    // error
+    ErrorBody body = ErrorBody::final;  // error
+    std::optional<int> limit;  // quota: the new monthly limit; nothing: as it was
     std::optional<int> times;  // the next N matching requests; nothing: always
 
-    // "status 500", "delay 0.5", "slides 10000", "drop".
+    // "status 500", "delay 0.5", "slides 10000", "drop",
+    // "error 504 PROVIDER_TIMEOUT retryable", "quota 0 of 50".
     std::string describe() const;
 };
 
-// Reads ROUTE KIND [VALUE] [N] from words such as {"manifest","status","500","2"}.
+// Reads ROUTE KIND [VALUE] [N] from words such as {"manifest","status","500","2"},
+// {"icons-search","error","503","PROVIDER_TIMEOUT","retryable","2"} or {"quota","0"}.
 // Throws std::invalid_argument with a message naming what is wrong.
 Fault parseFault(const std::vector<std::string>& words);
 extern const char* const faultUsage;
@@ -123,7 +134,8 @@ public:
     std::size_t templateCount() const { return options_.templates; }
 
     // Faults meet requests in the order added: a request takes the first
-    // one whose route matches, and a counted one goes when spent.
+    // one whose route matches, and a counted one goes when spent. A quota
+    // "fault" is not kept: it calls setQuota for every licence at once.
     void addFault(Fault fault);
     void clearFaults();
     std::vector<Fault> faults() const;

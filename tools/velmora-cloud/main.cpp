@@ -95,7 +95,11 @@ int main(int argc, char** argv) {
         std::printf("service %s\ncdn %s\ndata %s (%zu templates%s)\n", cloud.serviceBaseURL().c_str(),
                     cloud.cdnBaseURL().c_str(), cloud.dataDirectory().c_str(), cloud.templateCount(),
                     options.generate ? "" : ", as found");
-        for (auto& fault : faults) cloud.addFault(std::move(fault));
+        for (auto& fault : faults) {
+            // A quota is set at once rather than kept, so it is told here.
+            if (fault.kind == FaultKind::quota) std::printf("%s for every licence key\n", fault.describe().c_str());
+            cloud.addFault(std::move(fault));
+        }
         // No request has an empty key, so it reads what a new key starts with.
         const Quota fresh = cloud.quota("");
         std::printf("icon downloads %d of %d a month per licence key\n", fresh.remaining, fresh.limit);
