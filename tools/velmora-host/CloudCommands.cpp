@@ -1,8 +1,9 @@
 // The cloud stand-in in the simulator: faults on demand, fetches of its own,
 // and what it was asked.
 //
-// Commands: `cloud fault ROUTE KIND [VALUE] [N]`, `cloud clear [requests|all]`,
-// `cloud stop`, `cloud get PATH`. Show: `show cloud [sorted]`.
+// Commands: `cloud fault ROUTE KIND [VALUE...] [N]`, `cloud fault quota
+// REMAINING [LIMIT]`, `cloud clear [faults|requests|all]`, `cloud stop`,
+// `cloud get PATH`. Show: `show cloud [sorted]`.
 // The port never reaches the transcript: base URLs print with `*` for it.
 
 #include <fmt/format.h>
@@ -53,6 +54,12 @@ std::string summary(const std::string& type, const std::string& body) {
             return fmt::format("{} slides{}", json["slides"].size(),
                                malformed ? fmt::format(", {} without six strings", malformed) : "");
         }
+        // The service's failures share one envelope; its code says more than its length.
+        if (json.is_object() && json.contains("error") && json["error"].is_object()) {
+            const auto& error = json["error"];
+            const auto code = error.find("code");
+            return "error " + (code != error.end() && code->is_string() ? code->get<std::string>() : std::string("without a code"));
+        }
         if (body.size() <= 80) return Host::oneLine(body);
         return json.is_object() ? "an object without a slides array" : "JSON that is no object";
     }
@@ -95,7 +102,11 @@ void showCloud(bool sorted) {
 }
 
 [[maybe_unused]] const bool registered[] = {
-    registerCommand({"cloud", "cloud fault ROUTE KIND [VALUE] [N] | clear [requests|all] | stop | get PATH", 1, 6,
+    // The longest fault is seven words: fault icons-search error 503 PROVIDER_TIMEOUT retryable 2.
+    registerCommand({"cloud",
+                     "cloud fault ROUTE KIND [VALUE...] [N] | fault quota REMAINING [LIMIT] | clear [faults|requests|all] | "
+                     "stop | get PATH",
+                     1, 7,
                      [](const Arguments& a) {
                          const std::string& verb = a[0];
                          if (verb == "fault") {
@@ -129,7 +140,8 @@ void showCloud(bool sorted) {
                                                                summary(type, result->body)));
                          } else {
                              throw ScenarioError(
-                                 "cloud takes fault ROUTE KIND [VALUE] [N], clear [requests|all], stop or get PATH");
+                                 "cloud takes fault ROUTE KIND [VALUE...] [N], fault quota REMAINING [LIMIT], "
+                                 "clear [faults|requests|all], stop or get PATH");
                          }
                      }}),
     registerShow({"cloud", "show cloud [sorted]", 0, 1,
