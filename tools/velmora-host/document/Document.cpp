@@ -108,6 +108,17 @@ std::optional<ShapeKind> kindNamed(std::string_view name) {
     return std::nullopt;
 }
 
+std::string_view pictureType(std::string_view bytes) {
+    if (bytes.starts_with("\x89PNG\r\n\x1a\n")) return "image/png";
+    const auto start = bytes.find_first_not_of(" \t\r\n");
+    if (start == std::string_view::npos) return {};
+    const auto text = bytes.substr(start);
+    if (text.starts_with("<svg") || (text.starts_with("<?xml") && text.find("<svg") != std::string_view::npos)) {
+        return "image/svg+xml";
+    }
+    return {};
+}
+
 std::string_view lineEndName(LineEnd end) {
     switch (end) {
         case LineEnd::none: return "none";

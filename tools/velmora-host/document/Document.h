@@ -63,14 +63,19 @@ struct Shape {
     double lineWeight = 1;  // points
     LineEnd end = LineEnd::none;
     std::optional<TableGrid> table;  // set for a table
-    std::string picture;             // a picture's image file (PNG bytes); empty: none came with it
+    std::string picture;             // a picture's image file (PNG or SVG bytes); empty: none came with it
     std::string source;              // what a picture was inserted from
     // A saved slide's "keep source formatting" choice; nothing for other inserts.
     std::optional<bool> keepSourceFormatting;
+    // An icon's insertion style ("Normal", "Fill", "Outline"); nothing for other pictures.
+    std::optional<std::string> iconStyle;
 
     // A new shape of this kind as the host inserts one with the default theme.
     static Shape made(ShapeKind kind);
 };
+
+// "image/png" or "image/svg+xml" by the bytes' own signature; empty for anything else.
+std::string_view pictureType(std::string_view bytes);
 
 struct Slide {
     std::vector<Shape> shapes;  // back to front

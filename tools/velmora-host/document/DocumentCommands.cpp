@@ -193,7 +193,7 @@ void macroCommand(const Arguments& a) {
 
 // "rows=4 columns=5 header=row,column separators=yes paste=no reference=no" for
 // a table, "weight=1.5 end=triangle" for a line, "source=NAME image=yes" for
-// a picture, and "keep=yes" after it for a saved slide.
+// a picture, and after it "keep=yes" for a saved slide or "style=Fill" for an icon.
 std::string kindDetails(const Shape& shape) {
     auto yes = [](bool on) { return on ? "yes" : "no"; };
     if (shape.kind == ShapeKind::table && shape.table) {
@@ -204,8 +204,9 @@ std::string kindDetails(const Shape& shape) {
     }
     if (shape.kind == ShapeKind::line) return fmt::format(" weight={} end={}", decimal(shape.lineWeight), lineEndName(shape.end));
     if (shape.kind == ShapeKind::picture) {
-        return fmt::format(" source={} image={}{}", shape.source, yes(!shape.picture.empty()),
-                           shape.keepSourceFormatting ? fmt::format(" keep={}", yes(*shape.keepSourceFormatting)) : "");
+        return fmt::format(" source={} image={}{}{}", shape.source, yes(!shape.picture.empty()),
+                           shape.keepSourceFormatting ? fmt::format(" keep={}", yes(*shape.keepSourceFormatting)) : "",
+                           shape.iconStyle ? " style=" + *shape.iconStyle : "");
     }
     return {};
 }

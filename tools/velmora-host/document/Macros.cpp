@@ -1,5 +1,8 @@
 #include "document/Macros.h"
 
+#include <fmt/format.h>
+#include <httplib.h>
+
 #include <algorithm>
 #include <charconv>
 #include <cmath>
@@ -256,7 +259,136 @@ Shape savedSlidePicture(const std::string& fullSlideName) {
     return picture;
 }
 
+// A single file name in one folder: no path, nothing that climbs out.
+bool plainFileName(const std::string& name) {
+    return !name.empty() && name != "." && name != ".." && name.find('/') == std::string::npos &&
+           name.find('\0') == std::string::npos;
+}
+
+std::optional<std::string> readFile(const std::filesystem::path& path) {
+    std::ifstream in(path, std::ios::binary);
+    if (!in) return std::nullopt;
+    std::ostringstream bytes;
+    bytes << in.rdbuf();
+    return std::move(bytes).str();
+}
+
+constexpr double iconSide = 96, iconStep = 24;
+constexpr int iconSteps = 8;
+
+bool knownIconStyle(const std::string& style) { return style == "Normal" || style == "Fill" || style == "Outline"; }
+
+// The icon the library saved, by its file name in the user's icon folder,
+// as the add-in's macro finds it; a file it cannot use gives a frame whose
+// caption says why.
+Shape iconPicture(const std::string& fileName, const std::string& style) {
+    Shape picture = Shape::made(ShapeKind::picture);
+    picture.width = picture.height = iconSide;
+    picture.source = fileName;
+    picture.iconStyle = style;
+    const auto bytes = plainFileName(fileName) ? readFile(userIconFolder() / fileName) : std::nullopt;
+    if (!bytes) {
+        picture.text = fileName + ": icon file missing";
+    } else if (bytes->empty()) {
+        picture.text = fileName + ": icon file empty";
+    } else if (pictureType(*bytes) != "image/svg+xml") {
+        picture.text = fileName + ": icon file is not an SVG";
+    } else {
+        picture.picture = *bytes;
+    }
+    return picture;
+}
+
+// Icons go in the middle of the slide, each one a step down and right of the
+// icon before it, so a second one does not hide the first.
+void placeIcon(DocumentState& doc, Shape& icon) {
+    const auto earlier = std::count_if(doc.currentSlide().shapes.begin(), doc.currentSlide().shapes.end(),
+                                       [](const Shape& shape) { return shape.iconStyle.has_value(); });
+    const double step = iconStep * static_cast<double>(earlier % iconSteps);
+    icon.left = (slideWidth - iconSide) / 2 + step;
+    icon.top = (slideHeight - iconSide) / 2 + step;
+}
+
+// "http://127.0.0.1[:PORT]/PATH?QUERY" as the port and the target; nothing
+// for any other address.
+std::optional<std::pair<int, std::string>> loopbackTarget(const std::string& url) {
+    const std::string head = "http://127.0.0.1";
+    if (url.rfind(head, 0) != 0) return std::nullopt;
+    std::size_t at = head.size();
+    int port = 80;
+    if (at < url.size() && url[at] == ':') {
+        const auto end = url.find_first_of("/?", at + 1);
+        const std::string digits = url.substr(at + 1, end == std::string::npos ? std::string::npos : end - at - 1);
+        auto [last, ec] = std::from_chars(digits.data(), digits.data() + digits.size(), port);
+        if (digits.empty() || ec != std::errc{} || last != digits.data() + digits.size() || port < 1 || port > 65535) {
+            return std::nullopt;
+        }
+        at = end == std::string::npos ? url.size() : end;
+    }
+    if (at < url.size() && url[at] != '/' && url[at] != '?') return std::nullopt;
+    std::string target = url.substr(at);
+    if (target.empty() || target[0] == '?') target.insert(0, "/");
+    return std::make_pair(port, target);
+}
+
+unsigned bigEndian32(const std::string& bytes, std::size_t at) {
+    unsigned value = 0;
+    for (std::size_t i = 0; i < 4; ++i) value = value << 8 | static_cast<unsigned char>(bytes[at + i]);
+    return value;
+}
+
+// A photo as the host inserts one from an address: fetched, then scaled to
+// fit the slide and centred. The simulated host fetches from loopback alone
+// and says so on the transcript; a picture it could not get is a frame with
+// a caption.
+Shape fetchedPicture(Host& host, const std::string& url) {
+    Shape picture = Shape::made(ShapeKind::picture);
+    picture.source = url;
+    picture.width = slideWidth / 2;
+    picture.height = slideHeight / 2;
+    auto caption = [&](const std::string& why) { picture.text = "picture not fetched: " + why; };
+    const auto target = loopbackTarget(url);
+    if (!target) {
+        host.emit("image: not fetched, the host fetches from http://127.0.0.1 alone: " + Host::oneLine(url));
+        caption("not a loopback address");
+    } else {
+        httplib::Client client("127.0.0.1", target->first);
+        client.set_connection_timeout(5);
+        client.set_read_timeout(65);  // the cloud's longest delay and then some
+        auto result = client.Get(target->second.c_str());
+        if (!result) {
+            const std::string error = httplib::to_string(result.error());
+            host.emit("image: GET " + Host::oneLine(url) + ": no answer (" + error + ")");
+            caption("no answer");
+        } else if (result->status != 200) {
+            host.emit(fmt::format("image: GET {}: {}", Host::oneLine(url), result->status));
+            caption(fmt::format("HTTP {}", result->status));
+        } else if (pictureType(result->body) != "image/png" || result->body.size() < 24) {
+            host.emit(fmt::format("image: GET {}: 200, {} bytes that are no PNG", Host::oneLine(url), result->body.size()));
+            caption("not a picture");
+        } else {
+            const unsigned width = bigEndian32(result->body, 16), height = bigEndian32(result->body, 20);
+            host.emit(fmt::format("image: GET {}: 200, PNG {}x{}", Host::oneLine(url), width, height));
+            if (width > 0 && height > 0) {
+                const double scale = std::min(slideWidth / width, slideHeight / height);
+                picture.width = width * scale;
+                picture.height = height * scale;
+            }
+            picture.picture = std::move(result->body);
+        }
+    }
+    picture.left = (slideWidth - picture.width) / 2;
+    picture.top = (slideHeight - picture.height) / 2;
+    return picture;
+}
+
 }  // namespace
+
+std::filesystem::path userIconFolder() {
+    auto& host = Host::instance();
+    return std::filesystem::path(host.sandboxRoot() + host.connection()->homeDirectory +
+                                 "/Library/Application Support/Microsoft/Velmora/User/Icons");
+}
 
 void installDocumentMacros(Host& host) {
     const std::pair<const char*, Edit> edits[] = {
@@ -306,6 +438,26 @@ void installDocumentMacros(Host& host) {
         Shape picture = savedSlidePicture(call.parameters[0]);
         picture.keepSourceFormatting = *keep;
         host.document().with([&](DocumentState& doc) { insertSlide(doc, std::move(picture)); });
+        return std::nullopt;
+    });
+    // The icon's file name and the pane's style; a style of another name
+    // changes nothing.
+    host.handleMacro("InsertIconSvgIntoPowerPoint", [&host](const MacroCall& call) -> std::optional<std::string> {
+        if (call.parameters.size() != 2 || !knownIconStyle(call.parameters[1]) || host.sandboxRoot().empty()) {
+            return std::nullopt;
+        }
+        Shape icon = iconPicture(call.parameters[0], call.parameters[1]);
+        host.document().with([&](DocumentState& doc) {
+            placeIcon(doc, icon);
+            insertSelected(doc, std::move(icon), "Picture");
+        });
+        return std::nullopt;
+    });
+    // The photo's address; fetched outside the document's lock.
+    host.handleMacro("InsertImageIntoPowerPoint", [&host](const MacroCall& call) -> std::optional<std::string> {
+        if (call.parameters.size() != 1) return std::nullopt;
+        Shape picture = fetchedPicture(host, call.parameters[0]);
+        host.document().with([&](DocumentState& doc) { insertSelected(doc, std::move(picture), "Picture"); });
         return std::nullopt;
     });
     host.handleMacro("GetThemeColorsHexCsv", [&host](const MacroCall&) -> std::optional<std::string> {

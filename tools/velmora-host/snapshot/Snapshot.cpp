@@ -74,15 +74,18 @@ std::string shapeElement(const Shape& shape, int order, double scale, Rgb accent
         data = " data-weight=\"" + number(shape.lineWeight) + "\" data-end=\"" + std::string(lineEndName(shape.end)) + "\"";
     } else if (shape.kind == ShapeKind::picture) {
         // The picture fills its frame; one without an image shows its title.
-        if (!shape.picture.empty()) {
-            inner = "<img alt=\"\" style=\"width:100%;height:100%;object-fit:contain;display:block\" src=\"data:image/png;base64," +
-                    support::base64Encoded(shape.picture) + "\">";
+        // An SVG goes in as an image too, so nothing in it runs.
+        const std::string_view type = pictureType(shape.picture);
+        if (!type.empty()) {
+            inner = "<img alt=\"\" style=\"width:100%;height:100%;object-fit:contain;display:block\" src=\"data:" +
+                    std::string(type) + ";base64," + support::base64Encoded(shape.picture) + "\">";
         } else {
             style += ";background-color:#e8e8e8";
             inner = "<span>" + support::htmlEscaped(shape.text) + "</span>";
         }
         data = " data-source=\"" + support::htmlEscaped(shape.source) + "\"";
         if (shape.keepSourceFormatting) data += std::string(" data-keep=\"") + (*shape.keepSourceFormatting ? "yes" : "no") + "\"";
+        if (shape.iconStyle) data += " data-style=\"" + support::htmlEscaped(*shape.iconStyle) + "\"";
     } else if (shape.kind == ShapeKind::table && shape.table) {
         style += ";background-color:" + (shape.fill ? shape.fill->hex() : std::string("transparent"));
         inner = tableGrid(*shape.table, accent);

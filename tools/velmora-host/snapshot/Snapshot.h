@@ -18,7 +18,8 @@ namespace velmora::host {
 // the slide carries data-scale, each shape data-shape with its name and,
 // when selected, data-selected="1" and data-order; a line data-weight and
 // data-end, a table data-rows and data-columns and data-header="1" on its
-// header cells, a picture data-source and, for a saved slide, data-keep.
+// header cells, a picture data-source and, for a saved slide, data-keep, for
+// an icon data-style.
 // The library's windows on screen float over the document window, centred
 // on it, each in an element with data-window (its title), data-level and,
 // for the key window, data-key="1".
