@@ -12,9 +12,9 @@ namespace {
                       "openIconTaskpane docks a pane with three style toggles, the line with the\n"
                       "downloads left and the search page in a web view. The page has the licence key\n"
                       "and the service's address filled in; it cannot run here, so the simulator plays\n"
-                      "it. On appearing, the pane asks the service for the month's quota. The other\n"
-                      "panes close to make room.",
-                      "close 'Slide Library'\nclose Templates\nclose Color\nclose 'Velmora Shortcuts'\n"
+                      "it. On appearing, the pane asks the service for the month's quota. The\n"
+                      "assistant, shortcut, colour and template panes close to make room.",
+                      "close Templates\nclose Color\nclose 'Velmora Shortcuts'\n"
                       "close 'Velmora Assistant'\ncloud clear requests\nopen icons\nshow panes\n"
                       "show page Icons\nshow icons\n"}),
     registerTourStep({720, "A click on an icon downloads and inserts it",
