@@ -7,8 +7,10 @@
 // Commands: `keywindow document|tool|none|TITLE`, `open NAME`, `close TARGET`,
 // `drag TITLE DX`, `width TITLE W`, `flags MODS`, `tap TARGET LABEL`,
 // `hover TARGET LABEL in|out`, `type TARGET LABEL TEXT`, `pick TARGET LABEL
-// VALUE`, `tab TITLE LABEL`, `snapshot FILE`;
-// shows: `show panes`, `show pane TITLE`, `show windows`, `show window TITLE`.
+// VALUE`, `tab TITLE LABEL`, `scroll TARGET OFFSET`, `snapshot FILE`;
+// shows: `show panes`, `show pane TITLE [TEXT [DEPTH]]`, `show windows`,
+// `show window TITLE [TEXT [DEPTH]]` (with TEXT, only the lines holding it
+// and what they nest, DEPTH levels down).
 // A TARGET is a pane's title or the title of a library window on screen. A
 // control is named by its label or help text (a text field also by its
 // placeholder), and `LABEL#N` names the N-th of several in reading order.
@@ -19,9 +21,12 @@
 
 #include <fmt/format.h>
 
+#include <cmath>
 #include <filesystem>
 #include <fstream>
+#include <limits>
 #include <map>
+#include <optional>
 
 #include "Host.h"
 #include "Scenario.h"
@@ -143,6 +148,46 @@ std::string notFound(const std::string& title, const std::string& control) {
     return support::quoted(control) + " in " + support::quoted(title);
 }
 
+std::size_t indentation(const std::string& line) {
+    const auto first = line.find_first_not_of(' ');
+    return first == std::string::npos ? line.size() : first;
+}
+
+// A description, or with `text` only the lines that hold it, each with the
+// lines nested under it down to `levels` deeper, so one cell or one menu
+// reads on its own.
+struct DescriptionFilter {
+    std::string text;
+    std::size_t levels = std::numeric_limits<std::size_t>::max();
+};
+
+std::optional<DescriptionFilter> descriptionFilter(const Arguments& a) {
+    if (a.size() < 2) return std::nullopt;
+    DescriptionFilter filter{a[1]};
+    if (a.size() > 2) {
+        const double levels = numberArgument(a[2]);
+        if (levels < 0 || levels != std::floor(levels)) throw ScenarioError("the depth is a whole number of levels, 0 or more");
+        filter.levels = static_cast<std::size_t>(levels);
+    }
+    return filter;
+}
+
+void emitDescription(const std::string& prefix, const std::vector<std::string>& lines,
+                     const std::optional<DescriptionFilter>& filter) {
+    auto& host = Host::instance();
+    for (std::size_t i = 0; i < lines.size(); ++i) {
+        if (filter && lines[i].find(filter->text) == std::string::npos) continue;
+        host.emit(prefix + lines[i]);
+        if (!filter) continue;
+        const auto depth = indentation(lines[i]);
+        while (i + 1 < lines.size() && indentation(lines[i + 1]) > depth) {
+            ++i;
+            // Two spaces a level.
+            if ((indentation(lines[i]) - depth) / 2 <= filter->levels) host.emit(prefix + lines[i]);
+        }
+    }
+}
+
 void callOpen(const std::string& name) {
     const auto& e = Host::instance().exports();
     static const std::map<std::string, void (*Exports::*)()> opens = {
@@ -260,6 +305,16 @@ void callOpen(const std::string& name) {
                              Host::instance().emit("tab: no segment labelled " + notFound(a[0], a[1]));
                          }
                      }}),
+    registerCommand({"scroll", "scroll TARGET OFFSET (points from the top)", 2, 2,
+                     [](const Arguments& a) {
+                         const double offset = numberArgument(a[1]);
+                         if (!std::isfinite(offset)) throw ScenarioError("scroll takes a number of points, not '" + a[1] + "'");
+                         const auto target = targetTitled(a[0]);
+                         if (!target.access.scroll || !target.access.scroll(offset)) {
+                             Host::instance().emit("scroll: no scroll view that follows its position in " +
+                                                   support::quoted(a[0]));
+                         }
+                     }}),
     registerCommand({"snapshot", "snapshot FILE", 1, 1,
                      [](const Arguments& a) {
                          auto& host = Host::instance();
@@ -281,9 +336,10 @@ void callOpen(const std::string& name) {
                                                 support::swiftDescription(view->frame().width));
                       }
                   }}),
-    registerShow({"pane", "show pane TITLE", 1, 1,
+    registerShow({"pane", "show pane TITLE [TEXT [DEPTH]]", 1, 3,
                   [](const Arguments& a) {
-                      for (const auto& line : paneTitled(a[0]).second->describe()) Host::instance().emit("pane: " + line);
+                      const auto filter = descriptionFilter(a);
+                      emitDescription("pane: ", paneTitled(a[0]).second->describe(), filter);
                   }}),
     registerShow({"windows", "show windows", 0, 0,
                   [](const Arguments&) {
@@ -296,11 +352,11 @@ void callOpen(const std::string& name) {
                                                 w.window->level(), w.key ? "yes" : "no"));
                       }
                   }}),
-    registerShow({"window", "show window TITLE", 1, 1,
+    registerShow({"window", "show window TITLE [TEXT [DEPTH]]", 1, 3,
                   [](const Arguments& a) {
                       const auto shown = windowTitled(a[0]);
                       if (!shown.access.describe) return;
-                      for (const auto& line : shown.access.describe()) Host::instance().emit("window: " + line);
+                      emitDescription("window: ", shown.access.describe(), descriptionFilter(a));
                   }}),
 
     registerTourStep({450, "Docking panes beside the slide",
