@@ -254,6 +254,8 @@ Node SlideLibraryTaskpane::grid(const std::vector<const SlideMetadataItem*>& sho
     std::size_t firstRow = 0, lastRow = rows;
     auto view = view_.lock();
     if (view && view->frame().height > 0) {
+        // A list that shrank under a scrolled grid shows its last rows, not blank space.
+        scrollOffset_ = std::min(scrollOffset_, std::max(0.0, static_cast<double>(rows) * rowHeight - view->frame().height));
         const auto above = static_cast<long long>(std::floor(scrollOffset_ / rowHeight)) - overscanRows;
         const auto below = static_cast<long long>(std::ceil((scrollOffset_ + view->frame().height) / rowHeight)) + overscanRows;
         firstRow = static_cast<std::size_t>(std::clamp<long long>(above, 0, static_cast<long long>(rows)));

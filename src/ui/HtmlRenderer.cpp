@@ -646,7 +646,7 @@ const char* kStyleSheet = R"CSS(
 .v-vstack { display: flex; flex-direction: column; min-width: 0; }
 .v-hstack { display: flex; flex-direction: row; min-width: 0; }
 .v-zstack { display: grid; }
-.v-zstack > * { grid-area: 1 / 1; }
+.v-zstack > * { grid-area: 1 / 1; position: relative; }
 .v-grid { display: grid; }
 .v-frame { display: flex; flex-direction: column; flex-shrink: 1; }
 .v-frame > * { flex-shrink: 1; }
