@@ -69,8 +69,16 @@ bool LinuxFiles::write(const std::string& path, const std::string& data, bool at
     {
         std::ofstream out(temporary, std::ios::binary | std::ios::trunc);
         if (!out) {
-            setError(error, fmt::format("You can’t save the file “{}” because the folder doesn’t exist.",
-                                        fs::path(path).filename().string()));
+            // The reason as the platform words it: a missing folder, or one we may not write in.
+            const fs::path file(path);
+            std::error_code ec;
+            if (fs::is_directory(fs::path(target).parent_path(), ec)) {
+                setError(error, fmt::format("You don’t have permission to save the file “{}” in the folder “{}”.",
+                                            file.filename().string(), file.parent_path().filename().string()));
+            } else {
+                setError(error, fmt::format("You can’t save the file “{}” because the folder doesn’t exist.",
+                                            file.filename().string()));
+            }
             return false;
         }
         out.write(data.data(), static_cast<std::streamsize>(data.size()));
