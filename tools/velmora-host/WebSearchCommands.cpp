@@ -2,7 +2,8 @@
 // browser engine, so it posts the messages a page would to the pane's web
 // view, and shows what the library loaded into it and what it saved.
 //
-// Commands: `page TARGET NAME JSON`, `icon PROVIDER ID`, `photo ID`.
+// Commands: `page TARGET NAME JSON` (also `web TARGET post NAME JSON`),
+// `web TARGET search TERM`, `icon PROVIDER ID`, `photo ID`.
 // Shows: `show icons`, `show page TARGET`.
 // A TARGET is a docked pane's title or a library window's on screen, panes
 // first, as for `tap`. A missing pane, web view or handler prints a line
@@ -13,12 +14,14 @@
 
 #include <algorithm>
 #include <filesystem>
+#include <regex>
 #include <sstream>
 
 #include "Cloud.h"
 #include "Host.h"
 #include "Scenario.h"
 #include "Service.h"
+#include "WebReplay.h"
 #include "document/Macros.h"
 #include "support/Text.h"
 
@@ -98,6 +101,18 @@ std::string photoBody(const std::string& id) {
     throw ScenarioError("the cloud has no photo '" + id + "' (mountain-01, sea-02, ...)");
 }
 
+// `web TARGET search TERM` records a search for the snapshot to replay;
+// `web TARGET post NAME JSON` is `page TARGET NAME JSON`.
+void web(const Arguments& a) {
+    if (a[1] == "post" && a.size() == 4) {
+        post(a[0], a[2], a[3]);
+    } else if (a[1] == "search" && a.size() == 3) {
+        if (auto view = webViewOf(a[0], "web")) recordSearch(*view, a[0], a[2]);
+    } else {
+        throw ScenarioError("web takes TARGET search TERM or TARGET post NAME JSON");
+    }
+}
+
 void showIcons() {
     auto& host = Host::instance();
     host.emitInspected("icons", {"icons: not made yet (the icon pane never opened)"});
@@ -146,11 +161,22 @@ void showPage(const std::string& title) {
                           view->loads() == 1 ? "" : "s"));
     for (const auto& line : constants) host.emit("page: " + line);
     host.emit(unfilled ? fmt::format("page: {} markers left unfilled", unfilled) : "page: no markers left unfilled");
+    if (view->replay().empty()) return;
+    // Where the replay sits in what a snapshot draws, and what it answers.
+    const std::string drawn = view->loadedHTML();
+    const auto at = drawn.find("<script>" + view->replay());
+    const auto line = at == std::string::npos ? 0 : std::count(drawn.begin(), drawn.begin() + at, '\n') + 1;
+    std::smatch url;
+    const bool found = std::regex_search(view->replay(), url, std::regex("new URL\\(\"([^\"]*)\"\\)"));
+    host.emit(fmt::format("page: replays {} from line {}, the page itself unchanged: {}",
+                          found ? url[1].str() : "(no address)", line, html.find(view->replay()) == std::string::npos));
 }
 
 [[maybe_unused]] const bool registered[] = {
     registerCommand({"page", "page TARGET NAME JSON (a message as the pane's page posts it)", 3, 3,
                      [](const Arguments& a) { post(a[0], a[1], a[2]); }}),
+    registerCommand({"web", "web TARGET search TERM (a search recorded for the snapshot) | web TARGET post NAME JSON", 3,
+                     4, web}),
     // The icon page sends every id as a text, digits included.
     registerCommand({"icon", "icon PROVIDER ID (a click on that icon in the Icons page)", 2, 2,
                      [](const Arguments& a) {

@@ -29,17 +29,20 @@ namespace {
                       "tap Icons Fill\nicon lineart 4100\nshow icons\nshow document\nshow cloud\n"}),
     registerTourStep({740, "When the month's downloads are used up",
                       "With no download left the service answers 429 DOWNLOAD_QUOTA_EXHAUSTED: the\n"
-                      "library logs the code and message, shows the note and inserts nothing.",
+                      "library logs the code and message, shows the note and inserts nothing.\n"
+                      "The simulator then records a search for arrows, so the snapshot's page\n"
+                      "replays it and shows results though the cloud is gone by then.",
                       "cloud fault quota 0\nicon flatshape 9101\nshow icons\n"
-                      "show document\nsnapshot velmora-icons.html\n"}),
+                      "show document\nweb Icons search arrow\nsnapshot velmora-icons.html\n"}),
     registerTourStep({750, "A photo from the photo pane",
                       "A pick in the photo page posts downloadImage with the photo's address (its\n"
                       "size added) and its download location. The library reports the download to the\n"
                       "service, the location's own query running on into the report's, then runs\n"
                       "InsertImageIntoPowerPoint; the macro project fetches the photo from the cloud\n"
-                      "and fits it to a slide of its own.",
-                      "open images\nshow panes\nshow page Images\nslide 6\nphoto mountain-01\nshow cloud\nshow document\n"
-                      "snapshot velmora-websearch.html\n"}),
+                      "and fits it to a slide of its own. A recorded search for mountains fills the\n"
+                      "snapshot's photo page.",
+                      "cloud clear requests\nopen images\nshow panes\nshow page Images\nslide 6\nphoto mountain-01\n"
+                      "show cloud\nshow document\nweb Images search mountain\nsnapshot velmora-websearch.html\n"}),
 };
 
 }  // namespace

@@ -34,15 +34,29 @@ public:
         it->second(bodyJson);
         return true;
     }
+    // A script that runs before the page's own, such as a recorded search a
+    // snapshot replays once the live cloud is gone; empty: none.
+    void setReplay(std::string script) { replay_ = std::move(script); }
+    const std::string& replay() const { return replay_; }
+
     const std::string& html() const { return html_; }
-    std::string loadedHTML() const override { return html_; }
+    // The page as loaded, the replay ahead of its first script (or after
+    // <head>, or at the start) so the page's script finds it in place.
+    std::string loadedHTML() const override {
+        if (replay_.empty()) return html_;
+        const std::string tag = "<script>" + replay_ + "</script>";
+        std::string page = html_;
+        if (const auto at = page.find("<script"); at != std::string::npos) return page.insert(at, tag);
+        if (const auto at = page.find("<head>"); at != std::string::npos) return page.insert(at + 6, tag);
+        return tag + page;
+    }
     const std::string& baseURL() const { return baseURL_; }
     int loads() const { return loads_; }
     const std::vector<std::string>& scripts() const { return scripts_; }
 
 private:
     std::map<std::string, std::function<void(const std::string&)>> handlers_;
-    std::string html_, baseURL_;
+    std::string html_, baseURL_, replay_;
     int loads_ = 0;
     std::vector<std::string> scripts_;
 };
