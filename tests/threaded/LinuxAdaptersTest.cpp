@@ -45,6 +45,13 @@ TEST(LinuxFiles, MapsAbsolutePathsBelowItsRootAndWritesAtomically) {
     EXPECT_FALSE(files.remove(folder + "/b.txt"));
     EXPECT_FALSE(files.read(folder + "/b.txt", &error).has_value());
     EXPECT_FALSE(files.exists(folder + "/b.txt"));
+
+    // A name made of outside text climbs no higher than the root.
+    const std::string climbing = folder + "/../../../../../../../../../../escape-1.svg";
+    ASSERT_TRUE(files.write(climbing, "<svg/>", true));
+    EXPECT_TRUE(fs::exists(root.path + "/escape-1.svg"));
+    EXPECT_FALSE(fs::exists(fs::path(root.path).parent_path() / "escape-1.svg"));
+    EXPECT_EQ(files.read("/escape-1.svg"), "<svg/>");
 }
 
 TEST(LinuxProcess, CapturesOutputAndReportsAToolThatCannotStart) {

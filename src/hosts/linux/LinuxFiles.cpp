@@ -29,8 +29,10 @@ LinuxFiles::LinuxFiles(std::string root, std::string homeDirectory)
 
 std::string LinuxFiles::mapped(const std::string& path) const {
     if (root_.empty()) return path;
-    if (path.empty() || path.front() != '/') return root_ + "/" + path;
-    return root_ + path;
+    // Read as a path from the root, "..", that climbs past it stays at it: a
+    // name made of outside text ("../../x") never leaves the sandbox.
+    const fs::path absolute = path.empty() || path.front() != '/' ? "/" + path : path;
+    return root_ + absolute.lexically_normal().string();
 }
 
 bool LinuxFiles::exists(const std::string& path) const {
