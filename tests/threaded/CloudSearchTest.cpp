@@ -443,7 +443,7 @@ TEST_F(CloudSearchTest, TrackingRecordsTheQueryAsSentAndTheRecordReadsWell) {
     auto tracked = get("/api/get_trackDownload?downloadLocation=" + location);
     EXPECT_EQ(tracked.status, 200);
     EXPECT_EQ(tracked.parsed(), json({{"ok", true}}));
-    EXPECT_EQ(get("/api/get_trackDownload?downloadLocation=http%3A%2F%2Fh%2Fp%3Fa%3D1%26b%3D2").status, 200);
+    EXPECT_EQ(get("/api/get_trackDownload?downloadLocation=http%3A%2F%2F127.0.0.1%2Fp%3Fa%3D1%26b%3D2").status, 200);
 
     const std::string cursor = search("arrow", "&limit=5")["paging"]["nextCursor"];
     search("arrow", "&limit=5&cursor=" + cursor);
@@ -454,7 +454,7 @@ TEST_F(CloudSearchTest, TrackingRecordsTheQueryAsSentAndTheRecordReadsWell) {
     EXPECT_EQ(requests[0].rawQuery, "downloadLocation=" + location);
     ASSERT_EQ(requests[0].query.size(), 2u);
     EXPECT_EQ(requests[0].query[1].key, "x");
-    EXPECT_EQ(requests[1].query[0].value, "http://h/p?a=1&b=2");
+    EXPECT_EQ(requests[1].query[0].value, "http://127.0.0.1/p?a=1&b=2");
     EXPECT_EQ(describe(requests[0]),
               "GET /api/get_trackDownload downloadLocation=" + location.substr(0, location.find('&')) + " x=1");
     EXPECT_EQ(describe(requests[3]),
