@@ -39,16 +39,21 @@ constexpr double longestDelay = 60;
 constexpr int mostSlides = 100'000;
 constexpr int mostDownloads = 1'000'000;
 
-const std::map<std::string, std::string> servicePaths = {
-    {"/api/get_downloadTemplate", "usage"},   {"/api/v2/icons/search", "icons-search"},
-    {"/api/v2/icons/asset", "icons-asset"},   {"/api/v2/icons/quota", "icons-quota"},
-    {"/api/get_searchImage", "images"},       {"/api/get_trackDownload", "track"},
-};
+// Made at first use: a cloud may start serving before this file's globals
+// are built, when a program makes one during its own static start-up.
+const std::map<std::string, std::string>& servicePaths() {
+    static const std::map<std::string, std::string> paths = {
+        {"/api/get_downloadTemplate", "usage"},   {"/api/v2/icons/search", "icons-search"},
+        {"/api/v2/icons/asset", "icons-asset"},   {"/api/v2/icons/quota", "icons-quota"},
+        {"/api/get_searchImage", "images"},       {"/api/get_trackDownload", "track"},
+    };
+    return paths;
+}
 
 bool knownRoute(const std::string& route) {
     static const std::vector<std::string> names = {"manifest", "thumb", "pptx", "icon", "photo", "cdn", "api", "any"};
     if (std::find(names.begin(), names.end(), route) != names.end()) return true;
-    for (const auto& [path, name] : servicePaths) {
+    for (const auto& [path, name] : servicePaths()) {
         if (name == route) return true;
     }
     return !route.empty() && route.front() == '/';
@@ -83,7 +88,7 @@ std::string routeOf(const std::string& path) {
         if (endsWith(path, ".pptx")) return "pptx";
         return "cdn";
     }
-    if (auto it = servicePaths.find(path); it != servicePaths.end()) return it->second;
+    if (auto it = servicePaths().find(path); it != servicePaths().end()) return it->second;
     if (startsWith(path, "/api/")) return "api";
     return "other";
 }

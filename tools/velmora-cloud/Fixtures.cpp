@@ -22,7 +22,7 @@ namespace {
 constexpr int sharedThumbA = 5, sharedThumbB = 11;
 constexpr int largestNumber = 1'000'000;
 // Thumbnails are drawn in one dark grey; downloads come in the colour asked for.
-const std::string thumbnailColour = "#2B3440";
+constexpr const char* thumbnailColour = "#2B3440";
 
 const std::array<const char*, 12> titles = {"Agenda",  "Timeline", "Org Chart", "SWOT",    "Roadmap", "Pricing",
                                              "Überblick", "Quote",  "Process",   "Compare", "Funnel",  "Thank You"};

@@ -162,8 +162,12 @@ std::optional<std::string> fromBase64url(const std::string& text) {
 
 }  // namespace
 
-const std::vector<std::string> iconSpecialWords = {"nototal", "zerototal", "empty1", "empty2",
+const std::vector<std::string>& iconSpecialWords() {
+    // Made at first use, for the same reason as the route table.
+    static const std::vector<std::string> words = {"nototal", "zerototal", "empty1", "empty2",
                                                    "empty3",  "empty4",    "noresults"};
+    return words;
+}
 
 std::string IconFixture::file() const { return "icons/" + provider + "-" + id + ".svg"; }
 

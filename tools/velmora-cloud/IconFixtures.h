@@ -43,7 +43,7 @@ std::string iconSVG(const IconFixture& icon, const std::string& colour);
 // total out, "zerototal" gives 0 as the total, "empty1".."empty4" answer that
 // many empty pages (each with a next cursor) before the first hit, and
 // "noresults" finds nothing. The other words filter as usual.
-extern const std::vector<std::string> iconSpecialWords;
+const std::vector<std::string>& iconSpecialWords();
 
 struct IconPage {
     std::vector<const IconFixture*> items;
