@@ -37,26 +37,6 @@ std::string located(const std::string& file, int turn, const std::string& cdnBas
     }
 }
 
-struct Colour {
-    double r, g, b;
-};
-
-Colour hue(double degrees, double saturation, double value) {
-    const double c = value * saturation;
-    const double h = std::fmod(degrees, 360.0) / 60.0;
-    const double x = c * (1 - std::fabs(std::fmod(h, 2.0) - 1));
-    Colour out{0, 0, 0};
-    switch (static_cast<int>(h)) {
-        case 0: out = {c, x, 0}; break;
-        case 1: out = {x, c, 0}; break;
-        case 2: out = {0, c, x}; break;
-        case 3: out = {0, x, c}; break;
-        case 4: out = {x, 0, c}; break;
-        default: out = {c, 0, x}; break;
-    }
-    const double m = value - c;
-    return {out.r + m, out.g + m, out.b + m};
-}
 
 // Segments a..g of each digit, a the top, clockwise, g the middle.
 constexpr std::array<unsigned, 10> segmentMasks = {0x3f, 0x06, 0x5b, 0x4f, 0x66, 0x6d, 0x7d, 0x07, 0x7f, 0x6f};
@@ -240,6 +220,23 @@ void writeFixtures(const std::string& folder, std::size_t count, const std::stri
         write(f.thumbFile, thumbnailPNG(f.number));
         write(f.pptxFile, presentationBytes(f));
     }
+}
+
+Colour hue(double degrees, double saturation, double value) {
+    const double c = value * saturation;
+    const double h = std::fmod(degrees, 360.0) / 60.0;
+    const double x = c * (1 - std::fabs(std::fmod(h, 2.0) - 1));
+    Colour out{0, 0, 0};
+    switch (static_cast<int>(h)) {
+        case 0: out = {c, x, 0}; break;
+        case 1: out = {x, c, 0}; break;
+        case 2: out = {0, c, x}; break;
+        case 3: out = {0, x, c}; break;
+        case 4: out = {x, 0, c}; break;
+        default: out = {c, 0, x}; break;
+    }
+    const double m = value - c;
+    return {out.r + m, out.g + m, out.b + m};
 }
 
 }  // namespace velmora::cloud

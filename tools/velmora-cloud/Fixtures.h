@@ -37,6 +37,14 @@ std::string manifestText(std::size_t count, const std::string& cdnBase);
 // template's number in segment digits (no fonts, so every machine draws
 // the same pixels).
 std::string thumbnailPNG(int number);
+// An sRGB colour, each channel 0...1, as cairo takes it.
+struct Colour {
+    double r, g, b;
+};
+// A colour from hue (degrees), saturation and value (0...1); the fixtures'
+// pictures, and the simulator's sample thumbnails, draw their palettes with it.
+Colour hue(double degrees, double saturation, double value);
+
 // Held while cairo draws: its caches hand memory between threads through
 // atomics ThreadSanitizer cannot see, so pictures are drawn one at a time.
 std::mutex& drawingMutex();

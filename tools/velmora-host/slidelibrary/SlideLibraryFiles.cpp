@@ -1,5 +1,7 @@
 #include "slidelibrary/SlideLibraryFiles.h"
 
+#include "Fixtures.h"
+
 #include <cairo.h>
 #include <fcntl.h>
 #include <linux/fs.h>
@@ -83,29 +85,12 @@ const std::vector<SampleSlide> samples = {
      "2026-10-31T23:00:00", "NPS.pptx", bars},
 };
 
-struct Colour {
-    double r, g, b;
-};
+using cloud::Colour;
+using cloud::hue;
 
 constexpr Colour accent{0xFE / 255.0, 0x6B / 255.0, 0x6B / 255.0};
 constexpr Colour ink{0.16, 0.17, 0.21};
 
-Colour hue(double degrees, double saturation, double value) {
-    const double c = value * saturation;
-    const double h = std::fmod(degrees, 360.0) / 60.0;
-    const double x = c * (1 - std::fabs(std::fmod(h, 2.0) - 1));
-    Colour out{0, 0, 0};
-    switch (static_cast<int>(h)) {
-        case 0: out = {c, x, 0}; break;
-        case 1: out = {x, c, 0}; break;
-        case 2: out = {0, c, x}; break;
-        case 3: out = {0, x, c}; break;
-        case 4: out = {x, 0, c}; break;
-        default: out = {c, 0, x}; break;
-    }
-    const double m = value - c;
-    return {out.r + m, out.g + m, out.b + m};
-}
 
 void paint(cairo_t* cr, Colour c) { cairo_set_source_rgb(cr, c.r, c.g, c.b); }
 
