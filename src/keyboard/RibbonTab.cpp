@@ -1,7 +1,15 @@
 #include "keyboard/RibbonTab.h"
 
+#include <memory>
+#include <mutex>
+#include <string>
+#include <type_traits>
+#include <variant>
+#include <vector>
+
 #include "bridge/Exports.h"
 #include "platform/Platform.h"
+#include "support/Text.h"
 
 namespace velmora {
 
@@ -9,6 +17,137 @@ namespace {
 
 const std::string* stringValue(const std::optional<platform::AXValue>& value) {
     return value ? std::get_if<std::string>(&*value) : nullptr;
+}
+
+// One element as the walk listed it: how far below the window, and whether
+// the walk went on to read its children there.
+struct WalkStep {
+    std::weak_ptr<platform::AXElement> element;
+    int depth = 0;
+    bool opened = false;
+};
+
+// The last walk of activateVelmoraTab, for the host's "ribbon walk"
+// inspector. The walk keeps only references and depths, so it reads
+// nothing more than it always did; the inspector reads the attributes when
+// it is asked. Never destroyed, like the rest of the library's state.
+struct LastWalk {
+    enum class Start { noApplication, noFocusedWindow, window };
+    Start start = Start::noApplication;
+    std::weak_ptr<platform::AXElement> window;
+    std::vector<WalkStep> steps;
+    std::weak_ptr<platform::AXElement> found;
+};
+
+std::mutex lastWalkMutex;
+LastWalk& lastWalk = *new LastWalk();
+
+std::vector<platform::AXElementRef> walkElements(const platform::AXElementRef& element, AXElementSet& visited,
+                                                 int depth, std::vector<WalkStep>* trace) {
+    std::vector<platform::AXElementRef> result;
+    if (depth > 3) return result;
+    if (!visited.insert(element.get()).second) return result;
+
+    auto children = element->copyAttributeValue("AXChildren");
+    if (children.error != platform::axSuccess || !children.value) return result;
+    auto* list = std::get_if<std::vector<platform::AXElementRef>>(&*children.value);
+    if (!list) return result;
+
+    const std::size_t first = trace ? trace->size() : 0;
+    for (const auto& child : *list) {
+        if (!child) continue;
+        result.push_back(child);
+        if (trace) trace->push_back({child, depth + 1, false});
+    }
+    std::size_t listed = first;
+    for (const auto& child : *list) {
+        if (!child) continue;
+        // The same two guards the call below meets first.
+        if (trace) (*trace)[listed++].opened = depth + 1 <= 3 && !visited.contains(child.get());
+        auto below = walkElements(child, visited, depth + 1, trace);
+        result.insert(result.end(), below.begin(), below.end());
+    }
+    return result;
+}
+
+std::vector<platform::AXElementRef> walkFocusedWindow(const platform::AXElementRef& application, LastWalk& record) {
+    auto window = getFocusedWindow(application);
+    if (!window) {
+        record.start = LastWalk::Start::noFocusedWindow;
+        platform::nslog("VELMORA || Debug: No focused window found");
+        return {};
+    }
+    record.start = LastWalk::Start::window;
+    record.window = window;
+    platform::nslog("VELMORA || Debug: Focused window found, fetching elements");
+    AXElementSet visited;
+    return walkElements(window, visited, 0, &record.steps);
+}
+
+// An attribute as the inspector prints it; nothing for one the element
+// lacks (the platform answers "no value" or "unsupported").
+std::string attributeText(const platform::AXElement& element, const std::string& attribute, const char* label) {
+    const auto read = element.copyAttributeValue(attribute);
+    if (read.error == platform::axNoValue || read.error == platform::axAttributeUnsupported) return {};
+    std::string text = std::string(" ") + label + " ";
+    if (read.error != platform::axSuccess) return text + "error " + std::to_string(read.error);
+    if (!read.value) return text + "none";
+    return text + std::visit(
+                      [](const auto& value) -> std::string {
+                          using T = std::decay_t<decltype(value)>;
+                          if constexpr (std::is_same_v<T, std::string>) return support::quoted(value);
+                          else if constexpr (std::is_same_v<T, std::int64_t>) return std::to_string(value);
+                          else if constexpr (std::is_same_v<T, double>) return support::swiftDescription(value);
+                          else if constexpr (std::is_same_v<T, bool>) return value ? "true" : "false";
+                          else if constexpr (std::is_same_v<T, platform::AXElementRef>) return "<element>";
+                          else return "<" + std::to_string(value.size()) + " elements>";
+                      },
+                      *read.value);
+}
+
+std::string elementText(const platform::AXElement& element) {
+    return attributeText(element, "AXRole", "role") + attributeText(element, "AXTitle", "title") +
+           attributeText(element, "AXDescription", "description") + attributeText(element, "AXValue", "value");
+}
+
+void keepWalk(LastWalk record) {
+    std::lock_guard lock(lastWalkMutex);
+    lastWalk = std::move(record);
+}
+
+std::vector<std::string> describeLastWalk() {
+    LastWalk walk;
+    {
+        std::lock_guard lock(lastWalkMutex);
+        walk = lastWalk;
+    }
+    const std::string prefix = "ribbon walk: ";
+    if (walk.start == LastWalk::Start::noApplication) return {prefix + "no application"};
+    if (walk.start == LastWalk::Start::noFocusedWindow) return {prefix + "no focused window"};
+    std::vector<std::string> lines;
+    const auto window = walk.window.lock();
+    lines.push_back(prefix + "focused window" + (window ? elementText(*window) : " (gone)") + ", " +
+                    std::to_string(walk.steps.size()) + (walk.steps.size() == 1 ? " element" : " elements"));
+    const auto found = walk.found.lock();
+    bool foundMarked = false;
+    for (const auto& step : walk.steps) {
+        const auto element = step.element.lock();
+        std::string line = prefix + std::to_string(step.depth) + (element ? elementText(*element) : " (gone)");
+        if (element && step.depth <= 3) {
+            const auto children = element->copyAttributeValue("AXChildren");
+            if (children.error != platform::axSuccess && children.error != platform::axNoValue &&
+                children.error != platform::axAttributeUnsupported) {
+                line += " children error " + std::to_string(children.error);
+            }
+            if (!step.opened) line += " [opened before]";
+        }
+        if (element && element == found && !foundMarked) {
+            line += " [found]";
+            foundMarked = true;
+        }
+        lines.push_back(std::move(line));
+    }
+    return lines;
 }
 
 }  // namespace
@@ -31,35 +170,12 @@ platform::AXElementRef getFocusedWindow(const platform::AXElementRef& applicatio
 
 std::vector<platform::AXElementRef> fetchElements(const platform::AXElementRef& element, AXElementSet& visited,
                                                   int depth) {
-    std::vector<platform::AXElementRef> result;
-    if (depth > 3) return result;
-    if (!visited.insert(element.get()).second) return result;
-
-    auto children = element->copyAttributeValue("AXChildren");
-    if (children.error != platform::axSuccess || !children.value) return result;
-    auto* list = std::get_if<std::vector<platform::AXElementRef>>(&*children.value);
-    if (!list) return result;
-
-    for (const auto& child : *list) {
-        if (child) result.push_back(child);
-    }
-    for (const auto& child : *list) {
-        if (!child) continue;
-        auto below = fetchElements(child, visited, depth + 1);
-        result.insert(result.end(), below.begin(), below.end());
-    }
-    return result;
+    return walkElements(element, visited, depth, nullptr);
 }
 
 std::vector<platform::AXElementRef> fetchElementsFromFocusedWindow(const platform::AXElementRef& application) {
-    auto window = getFocusedWindow(application);
-    if (!window) {
-        platform::nslog("VELMORA || Debug: No focused window found");
-        return {};
-    }
-    platform::nslog("VELMORA || Debug: Focused window found, fetching elements");
-    AXElementSet visited;
-    return fetchElements(window, visited, 0);
+    LastWalk unrecorded;
+    return walkFocusedWindow(application, unrecorded);
 }
 
 std::optional<platform::AXValue> getAttribute(const platform::AXElementRef& element, const std::string& attribute) {
@@ -96,13 +212,18 @@ void performAction(const platform::AXElementRef& element) {
 }
 
 void activateVelmoraTab() {
+    platform::registerInspector("ribbon walk", describeLastWalk);
     auto app = getApplication("com.microsoft.Powerpoint");
     if (!app) {
+        keepWalk({});
         platform::nslog("VELMORA || Debug: Failed to get application");
         return;
     }
-    auto elements = fetchElementsFromFocusedWindow(app);
+    LastWalk record;
+    auto elements = walkFocusedWindow(app, record);
     auto tab = findVelmoraElement(elements);
+    record.found = tab;
+    keepWalk(std::move(record));
     if (!tab) {
         platform::nslog("VELMORA || Debug: 'Velmora' element not found");
         return;

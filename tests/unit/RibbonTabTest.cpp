@@ -154,5 +154,66 @@ TEST_F(RibbonTab, EachMissingPieceEndsWithItsOwnLines) {
     EXPECT_EQ(fake.log->lines(), Strings{"VELMORA || Debug: Failed to get application"});
 }
 
+TEST_F(RibbonTab, TheWalkInspectorListsWhatTheLastWalkListedWithDepths) {
+    EXPECT_FALSE(fake.inspection->inspect("ribbon walk"));
+
+    // x is listed first at level 4, where the walk does not open it, then
+    // at level 2, where it does; b is listed twice at levels it could open.
+    auto a = node("AXGroup", "Ribbon"), b = node("AXButton", "Velmora"), a1 = node("AXGroup"), a2 = node("AXGroup");
+    auto x = node("AXGroup", "x"), x1 = node("AXStaticText");
+    auto busy = node("AXRadioButton");
+    busy->setResult("AXTitle", {platform::axCannotComplete, std::nullopt});
+    busy->setResult("AXChildren", {platform::axCannotComplete, std::nullopt});
+    b->set("AXDescription", std::string("near \"miss\""));
+    b->set("AXValue", std::string("1"));
+    tab->set("AXValue", 1.0);
+    window->set("AXTitle", std::string("Deck"));
+    window->setChildren({a, b});
+    a->setChildren({a1, tab, busy});
+    a1->setChildren({a2});
+    a2->setChildren({x});
+    b->setChildren({x, b, window});
+    x->setChildren({x1});
+    activateVelmoraTab();
+    EXPECT_EQ(x->childReads, 1);
+    EXPECT_EQ(*fake.inspection->inspect("ribbon walk"),
+              (Strings{
+                  "ribbon walk: focused window role \"AXWindow\" title \"Deck\", 11 elements",
+                  "ribbon walk: 1 role \"AXGroup\" title \"Ribbon\"",
+                  "ribbon walk: 1 role \"AXButton\" title \"Velmora\" description \"near \\\"miss\\\"\" value \"1\"",
+                  "ribbon walk: 2 role \"AXGroup\"",
+                  "ribbon walk: 2 role \"AXRadioButton\" title \"Velmora\" value 1.0 [found]",
+                  "ribbon walk: 2 role \"AXRadioButton\" title error -25204 children error -25204",
+                  "ribbon walk: 3 role \"AXGroup\"",
+                  "ribbon walk: 4 role \"AXGroup\" title \"x\"",
+                  "ribbon walk: 2 role \"AXGroup\" title \"x\"",
+                  "ribbon walk: 2 role \"AXButton\" title \"Velmora\" description \"near \\\"miss\\\"\" value \"1\" [opened before]",
+                  "ribbon walk: 2 role \"AXWindow\" title \"Deck\" [opened before]",
+                  "ribbon walk: 3 role \"AXStaticText\"",
+              }));
+    b->setChildren({});  // lets the cycles go
+
+    // The inspector reads the attributes when asked: the elements as they are now.
+    tab->setResult("AXValue", {platform::axNoValue, std::nullopt});
+    EXPECT_EQ((*fake.inspection->inspect("ribbon walk"))[4], "ribbon walk: 2 role \"AXRadioButton\" title \"Velmora\" [found]");
+
+    app->setResult("AXFocusedWindow", {-25211, std::nullopt});
+    activateVelmoraTab();
+    EXPECT_EQ(*fake.inspection->inspect("ribbon walk"), Strings{"ribbon walk: no focused window"});
+    fake.accessibility->removeApplication(12);
+    activateVelmoraTab();
+    EXPECT_EQ(*fake.inspection->inspect("ribbon walk"), Strings{"ribbon walk: no application"});
+}
+
+TEST_F(RibbonTab, TheWalkHoldsNoElementAlive) {
+    placeTab(1);
+    activateVelmoraTab();
+    window->setChildren({});
+    tab.reset();
+    EXPECT_EQ(*fake.inspection->inspect("ribbon walk"),
+              (Strings{"ribbon walk: focused window role \"AXWindow\", 2 elements", "ribbon walk: 1 (gone)",
+                       "ribbon walk: 1 (gone)"}));
+}
+
 }  // namespace
 }  // namespace velmora
