@@ -258,6 +258,21 @@ bool holdsScroll(const Node& n) {
     return false;
 }
 
+// Whether a node takes all the height offered: a spacer in a column, a frame
+// with an endless maximum height, and a stack that holds one along its axis.
+bool fillsHeight(const Node& n, Flow flow) {
+    const Frame& f = n.mod.frame;
+    if (f.height) return false;
+    if (f.maxHeight) return std::isinf(*f.maxHeight);
+    if (n.kind == Kind::spacer) return flow == Flow::column;
+    if (n.kind != Kind::vstack && n.kind != Kind::zstack) return false;
+    const Flow inner = n.kind == Kind::vstack ? Flow::column : Flow::none;
+    for (const auto& child : n.children) {
+        if (fillsHeight(child, inner)) return true;
+    }
+    return false;
+}
+
 void fillStyle(Flow flow, std::string& style) {
     if (flow == Flow::row) {
         style += "flex:1 1 auto;min-width:0;";
@@ -309,6 +324,10 @@ public:
             } else if (contentFills) {
                 fillStyle(flow, inner);
             }
+            // A column with a spacer grows to the height its frame or its
+            // column gives it, so the spacer has room to take.
+            if (framed && fillsHeight(content, Flow::column)) inner += "flex-grow:1;";
+            if (flow == Flow::column && fillsHeight(n, flow)) (framed ? outer : inner) += "flex-grow:1;";
             // Shapes take all the room offered, and so do layered stacks of them.
             if (fillsBoth(content)) {
                 inner += "flex:1 1 auto;align-self:stretch;justify-self:stretch;min-width:0;min-height:0;";

@@ -134,6 +134,9 @@ test('a spacer keeps its least length where room is short and takes what is left
   const row = boxes.row.frame;
   near(boxes.left.x, row.x, 'row: the first box at the start');
   near(boxes.right.right, row.right, 'row: the last box at the end');
+  const column = boxes.column.frame;
+  near(boxes.top.y, column.y, 'column: the first box at the top');
+  near(boxes.bottom.bottom, column.bottom, 'column: the last box at the bottom');
   await page.close();
 });
 
