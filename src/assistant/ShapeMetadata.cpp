@@ -164,6 +164,58 @@ ShapeMetadata decodeShape(simdjson::dom::object object, std::size_t index) {
     return shape;
 }
 
+// The text with every whole number that fits in no 64-bit integer written
+// with ".0", so the parser reads it as a double; empty when there is none.
+// The platform reads such a number as a double too, so it decodes where a
+// double is wanted and fails where an integer is.
+std::string widenLargeIntegers(std::string_view json) {
+    std::string out;
+    bool changed = false;
+    bool inString = false;
+    std::size_t copied = 0;
+    for (std::size_t i = 0; i < json.size(); ++i) {
+        const char c = json[i];
+        if (inString) {
+            if (c == '\\') {
+                ++i;
+            } else if (c == '"') {
+                inString = false;
+            }
+            continue;
+        }
+        if (c == '"') {
+            inString = true;
+            continue;
+        }
+        if (c != '-' && (c < '0' || c > '9')) continue;
+        std::size_t end = i;
+        bool whole = true;
+        while (end < json.size() && std::string_view("+-0123456789.eE").find(json[end]) != std::string_view::npos) {
+            const bool digit = json[end] >= '0' && json[end] <= '9';
+            whole = whole && (digit || (end == i && json[end] == '-'));
+            ++end;
+        }
+        if (whole && end > i + (c == '-' ? 1 : 0)) {
+            const char* first = json.data() + i;
+            const char* last = json.data() + end;
+            std::int64_t signedValue = 0;
+            std::uint64_t unsignedValue = 0;
+            const bool fits = std::from_chars(first, last, signedValue).ec == std::errc{} ||
+                              std::from_chars(first, last, unsignedValue).ec == std::errc{};
+            if (!fits) {
+                out.append(json.substr(copied, end - copied));
+                out += ".0";
+                copied = end;
+                changed = true;
+            }
+        }
+        i = end - 1;
+    }
+    if (!changed) return {};
+    out.append(json.substr(copied));
+    return out;
+}
+
 }  // namespace
 
 ShapeDecoding decodeShapeList(std::string_view json) {
@@ -171,7 +223,12 @@ ShapeDecoding decodeShapeList(std::string_view json) {
     thread_local simdjson::dom::parser parser;
     ShapeDecoding result;
     element root;
-    if (auto error = parser.parse(json.data(), json.size()).get(root)) {
+    auto error = parser.parse(json.data(), json.size()).get(root);
+    if (error == simdjson::NUMBER_ERROR) {
+        std::string widened = widenLargeIntegers(json);
+        if (!widened.empty() && !parser.parse(widened).get(root)) error = simdjson::SUCCESS;
+    }
+    if (error) {
         result.error = fmt::format("dataCorrupted: the given data was not valid JSON ({})", simdjson::error_message(error));
         return result;
     }
@@ -202,33 +259,26 @@ ShapeDecoding decodeShapeList(std::string_view json) {
 
 std::string describeShapes(const std::vector<ShapeMetadata>& shapes) {
     // Every run logs this line, so it is written straight into one buffer.
-    fmt::memory_buffer out;
-    auto text = [&](std::string_view part) { out.append(part.data(), part.data() + part.size()); };
-    auto number = [&](double value) {
-        char digits[32];
-        auto [end, error] = std::to_chars(digits, digits + sizeof digits, value);
-        std::string_view written(digits, static_cast<std::size_t>(end - digits));
-        if (error != std::errc{} || !std::isfinite(value)) {
-            text(support::swiftDescription(value));
-        } else {
-            text(written);
-            // Swift prints whole doubles with ".0".
-            if (written.find_first_of(".e") == std::string_view::npos) text(".0");
-        }
+    std::string out;
+    out.reserve(64 + shapes.size() * 400);
+    auto text = [&](std::string_view part) { out.append(part); };
+    auto number = [&](double value) { support::appendSwiftDescription(out, value); };
+    auto integer = [&](std::int64_t value) {
+        char digits[24];
+        out.append(digits, std::to_chars(digits, digits + sizeof digits, value).ptr);
     };
-    auto integer = [&](std::int64_t value) { fmt::format_to(std::back_inserter(out), "{}", value); };
     auto flag = [&](bool value) { text(value ? "true" : "false"); };
     text("[");
     for (std::size_t i = 0; i < shapes.size(); ++i) {
         const auto& s = shapes[i];
         if (i) text(", ");
         text("ShapeMetadata(ID: "), integer(s.ID);
-        text(", Name: "), text(support::quoted(s.Name));
+        text(", Name: "), support::appendQuoted(out, s.Name);
         text(", Top: "), number(s.Top);
         text(", Left: "), number(s.Left);
         text(", Width: "), number(s.Width);
         text(", Height: "), number(s.Height);
-        text(", ShpType: "), text(support::quoted(s.ShpType));
+        text(", ShpType: "), support::appendQuoted(out, s.ShpType);
         text(", HasFill: "), flag(s.HasFill);
         text(", FillColor: "), integer(s.FillColor);
         text(", HasTextFrame: "), flag(s.HasTextFrame);
@@ -242,7 +292,7 @@ std::string describeShapes(const std::vector<ShapeMetadata>& shapes) {
         text(")");
     }
     text("]");
-    return fmt::to_string(out);
+    return out;
 }
 
 }  // namespace velmora

@@ -1,5 +1,6 @@
 #include "support/Text.h"
 
+#include <algorithm>
 #include <charconv>
 #include <cmath>
 #include <cstdio>
@@ -9,36 +10,100 @@
 
 namespace velmora::support {
 
-std::string swiftDescription(double value) {
-    if (std::isnan(value)) return "nan";
-    if (std::isinf(value)) return value < 0 ? "-inf" : "inf";
-    char buffer[64];
-    auto [end, ec] = std::to_chars(buffer, buffer + sizeof buffer, value);
-    std::string text(buffer, end);
-    if (text.find_first_of(".e") == std::string::npos) text += ".0";
-    return text;
+void appendSwiftDescription(std::string& out, double value) {
+    if (std::isnan(value)) {
+        out += "nan";
+        return;
+    }
+    if (std::isinf(value)) {
+        out += value < 0 ? "-inf" : "inf";
+        return;
+    }
+    // The shortest digits that read back as the value, then laid out the
+    // platform's way: plain decimals from 0.0001 up to 2^54, exponents
+    // outside that range.
+    char buffer[40];
+    const char* end = std::to_chars(buffer, buffer + sizeof buffer, value, std::chars_format::scientific).ptr;
+    const char* at = buffer;
+    if (*at == '-') {
+        out += '-';
+        ++at;
+    }
+    const char* e = std::find(at, end, 'e');
+    char digits[20];
+    std::size_t count = 0;
+    for (const char* p = at; p < e; ++p) {
+        if (*p != '.') digits[count++] = *p;
+    }
+    int exponent = 0;
+    std::from_chars(e + (e[1] == '+' ? 2 : 1), end, exponent);
+    // The value is 0.DIGITS times ten to `decimalExponent`.
+    const int decimalExponent = exponent + 1;
+    if (value != 0 && (decimalExponent < -3 || std::fabs(value) > 0x1.0p54)) {
+        out += digits[0];
+        if (count > 1) {
+            out += '.';
+            out.append(digits + 1, count - 1);
+        }
+        char tail[8];
+        std::snprintf(tail, sizeof tail, "e%c%02d", exponent < 0 ? '-' : '+', std::abs(exponent));
+        out += tail;
+    } else if (value == 0) {
+        out += "0.0";
+    } else if (decimalExponent <= 0) {
+        out += "0.";
+        out.append(static_cast<std::size_t>(-decimalExponent), '0');
+        out.append(digits, count);
+    } else if (static_cast<std::size_t>(decimalExponent) >= count) {
+        out.append(digits, count);
+        out.append(static_cast<std::size_t>(decimalExponent) - count, '0');
+        out += ".0";
+    } else {
+        out.append(digits, static_cast<std::size_t>(decimalExponent));
+        out += '.';
+        out.append(digits + decimalExponent, count - static_cast<std::size_t>(decimalExponent));
+    }
 }
 
-std::string quoted(std::string_view text) {
+std::string swiftDescription(double value) {
     std::string out;
-    out.reserve(text.size() + 2);
+    appendSwiftDescription(out, value);
+    return out;
+}
+
+void appendQuoted(std::string& out, std::string_view text) {
+    static constexpr char hex[] = "0123456789ABCDEF";
     out += '"';
     for (char c : text) {
+        const auto byte = static_cast<unsigned char>(c);
         switch (c) {
             case '"': out += "\\\""; break;
+            case '\'': out += "\\'"; break;
             case '\\': out += "\\\\"; break;
+            case '\0': out += "\\0"; break;
             case '\n': out += "\\n"; break;
             case '\r': out += "\\r"; break;
             case '\t': out += "\\t"; break;
             default:
-                if (static_cast<unsigned char>(c) < 0x20) {
-                    out += fmt::format("\\u{{{:x}}}", static_cast<unsigned>(c));
+                // Other ASCII controls and DEL as two upper-case hex digits;
+                // everything from U+0080 on stays as it is.
+                if (byte < 0x20 || byte == 0x7F) {
+                    out += "\\u{";
+                    out += hex[byte >> 4];
+                    out += hex[byte & 0xF];
+                    out += '}';
                 } else {
                     out += c;
                 }
         }
     }
     out += '"';
+}
+
+std::string quoted(std::string_view text) {
+    std::string out;
+    out.reserve(text.size() + 2);
+    appendQuoted(out, text);
     return out;
 }
 

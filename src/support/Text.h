@@ -1,7 +1,7 @@
 // Text helpers shared by every subsystem: the printed forms of values as
 // the log shows them, and locale-independent number formatting.
 //
-// Provides: swiftDescription(double), quoted(), arrayDescription(),
+// Provides: swiftDescription(double), quoted() (and their append forms), arrayDescription(),
 // formatFixed(), trim helpers, lowercased(), hexDigitValue(), base64Encoded(),
 // base64Decoded(), percentEncoded(), percentDecoded().
 #pragma once
@@ -13,12 +13,19 @@
 
 namespace velmora::support {
 
-// Shortest text that reads back as the same double, with ".0" on whole
-// numbers: 250 -> "250.0", 0.1 -> "0.1", 1e+20 -> "1e+20".
+// The platform's printed form of a double: the shortest digits that read
+// back as the same value, written plainly from 0.0001 up to 2^54 ("250.0",
+// "100000.0", "0.0001") and with an exponent outside it ("1e-05",
+// "1e+20").
 std::string swiftDescription(double value);
+void appendSwiftDescription(std::string& out, double value);
 
-// The text in double quotes with '"', '\\' and control characters escaped.
+// The platform's printed form of a string: in double quotes, with the
+// quote, apostrophe, backslash, NUL (as \0), tab, line feed and carriage
+// return escaped, the other ASCII controls and DEL as \u{1B}; the rest as
+// it is.
 std::string quoted(std::string_view text);
+void appendQuoted(std::string& out, std::string_view text);
 
 // A bracketed, comma-separated list of quoted strings: ["a", "b"].
 std::string arrayDescription(const std::vector<std::string>& items);

@@ -74,6 +74,38 @@ TEST(ShapeDecodingTest, PrintsTheListOnOneReadableLine) {
               R"(HasFill: true, FillColor: 255, HasTextFrame: true, HasText: false, AutoSize: false, WordWrap: true, )"
               R"(MarginTop: 3.6, MarginLeft: 0.0, ZOrder: 2, HasLineBreaks: false)])");
     EXPECT_EQ(describeShapes({}), "[]");
+
+    // Numbers and texts print as the platform prints a double and a string.
+    auto odd = decodeShapeList("[" + shapeJSON(8, {{"\"Box\"", "\"Bob's\\u001b\""}, {"\"Top\":10", "\"Top\":100000"},
+                                                   {"\"Left\":20.5", "\"Left\":0.0001"},
+                                                   {"\"Width\":100", "\"Width\":0.00001"}}) +
+                               "]");
+    ASSERT_TRUE(odd.ok) << odd.error;
+    EXPECT_NE(describeShapes(odd.shapes).find(R"(Name: "Bob\'s\u{1B}", Top: 100000.0, Left: 0.0001, Width: 1e-05,)"),
+              std::string::npos)
+        << describeShapes(odd.shapes);
+}
+
+TEST(ShapeDecodingTest, AWholeNumberBeyondSixtyFourBitsIsADouble) {
+    const std::string huge = "123456789012345678901234567890";
+    auto decoded = decodeShapeList("[" + shapeJSON(1, {{"\"Top\":10", "\"Top\":" + huge}, {"\"Left\":20.5", "\"Left\":-" + huge}}) +
+                                   "]");
+    ASSERT_TRUE(decoded.ok) << decoded.error;
+    EXPECT_EQ(decoded.shapes[0].Top, 1.2345678901234568e29);
+    EXPECT_EQ(decoded.shapes[0].Left, -1.2345678901234568e29);
+
+    // Where an integer is wanted it does not fit.
+    auto integer = decodeShapeList("[" + shapeJSON(1, {{"\"ZOrder\":2", "\"ZOrder\":" + huge}}) + "]");
+    EXPECT_FALSE(integer.ok);
+    EXPECT_NE(integer.error.find(R"(key "ZOrder" at index 0 holds 1.2345678901234568e+29, which does not fit in Int)"),
+              std::string::npos)
+        << integer.error;
+
+    // Digits inside a text are left alone, and a broken number stays an error.
+    auto named = decodeShapeList("[" + shapeJSON(1, {{"\"Box\"", "\"" + huge + "\\\"" + huge + "\""}}) + "]");
+    ASSERT_TRUE(named.ok) << named.error;
+    EXPECT_EQ(named.shapes[0].Name, huge + "\"" + huge);
+    EXPECT_FALSE(decodeShapeList("[" + shapeJSON(1, {{"\"Top\":10", "\"Top\":-" + huge + "-"}}) + "]").ok);
 }
 
 TEST(HostTextTest, ReplacesIllFormedBytesAndReadsNullAsEmpty) {

@@ -19,6 +19,37 @@ TEST(Text, PrintsValuesAsTheLogShowsThem) {
               "{NSAppleScriptErrorMessage = \"Nope.\"; NSAppleScriptErrorNumber = -1728;}");
 }
 
+TEST(Text, DoublesArePlainFromATenThousandthUpToTwoToTheFiftyFourth) {
+    const std::pair<double, const char*> cases[] = {
+        {100000, "100000.0"},
+        {0.0001, "0.0001"},
+        {0.00001, "1e-05"},
+        {0.000123, "0.000123"},
+        {0.0000123, "1.23e-05"},
+        {1234567.25, "1234567.25"},
+        {9007199254740992.0, "9007199254740992.0"},
+        {18014398509481984.0, "18014398509481984.0"},  // 2^54 itself
+        {18014398509481988.0, "1.8014398509481988e+16"},
+        {1e20, "1e+20"},
+        {-2.5e-7, "-2.5e-07"},
+        {1.5e300, "1.5e+300"},
+        {5e-324, "5e-324"},
+        {0.0, "0.0"},
+        {-0.0, "-0.0"},
+        {123456789012345678901234567890.0, "1.2345678901234568e+29"},
+    };
+    for (const auto& [value, text] : cases) EXPECT_EQ(swiftDescription(value), text);
+}
+
+TEST(Text, StringsEscapeAsThePlatformPrintsThem) {
+    EXPECT_EQ(support::quoted("Bob's \"deck\""), R"("Bob\'s \"deck\"")");
+    EXPECT_EQ(support::quoted(std::string("a\0b", 3)), R"("a\0b")");
+    EXPECT_EQ(support::quoted("\x1b[1m\x7f\x01"), R"("\u{1B}[1m\u{7F}\u{01}")");
+    EXPECT_EQ(support::quoted("tab\there\r\n"), R"("tab\there\r\n")");
+    EXPECT_EQ(support::quoted("caf\xC3\xA9 \xE2\x86\x90"), "\"caf\xC3\xA9 \xE2\x86\x90\"") << "beyond ASCII as it is";
+    EXPECT_EQ(arrayDescription({"O'Neil", "x"}), R"(["O\'Neil", "x"])");
+}
+
 TEST(Text, LowercasesAsciiOnlyAndTrimsWhitespace) {
     EXPECT_EQ(lowercased("TrUe \xC3\x89"), "true \xC3\x89");
     EXPECT_EQ(trimWhitespace(" \t a b \r\n"), "a b");
