@@ -1,6 +1,7 @@
 #include "shortcuts/ShortcutXMLParser.h"
 
 #include <expat.h>
+#include <iconv.h>
 #include <uuid/uuid.h>
 
 #include <algorithm>
@@ -59,6 +60,39 @@ std::string_view trimmed(std::string_view text, Predicate drop) {
         end = start;
     }
     return text.substr(begin, end - begin);
+}
+
+// expat reads UTF-8, UTF-16, ISO-8859-1 and US-ASCII by itself; any other
+// encoding that a catalogue declares is taken when it has one byte per
+// character (windows-1252, macintosh, the ISO-8859 family, ...): iconv
+// tells the character of each byte. A byte it cannot map is an error where
+// it appears, as expat treats it.
+int onUnknownEncoding(void*, const XML_Char* name, XML_Encoding* info) {
+    iconv_t converter = iconv_open("UTF-32LE", name);
+    if (converter == reinterpret_cast<iconv_t>(-1)) return XML_STATUS_ERROR;
+    for (int byte = 0; byte < 256; ++byte) {
+        char in = static_cast<char>(byte);
+        unsigned char out[8] = {};
+        char* inAt = &in;
+        char* outAt = reinterpret_cast<char*>(out);
+        std::size_t inLeft = 1;
+        std::size_t outLeft = sizeof out;
+        iconv(converter, nullptr, nullptr, nullptr, nullptr);
+        const bool one = iconv(converter, &inAt, &inLeft, &outAt, &outLeft) != static_cast<std::size_t>(-1) &&
+                         inLeft == 0 && outLeft == sizeof out - 4;
+        info->map[byte] = one ? static_cast<int>(out[0] | out[1] << 8 | out[2] << 16 | out[3] << 24) : -1;
+        // Bytes that begin longer sequences mean the encoding is not one
+        // byte a character; expat then refuses it.
+        if (!one && byte < 0x80) {
+            iconv_close(converter);
+            return XML_STATUS_ERROR;
+        }
+    }
+    iconv_close(converter);
+    info->data = nullptr;
+    info->convert = nullptr;
+    info->release = nullptr;
+    return XML_STATUS_OK;
 }
 
 // expat's callbacks gather plain text into one chunk until markup or a
@@ -192,8 +226,11 @@ std::vector<std::string> splitShortcutKeys(std::string_view text) {
 }
 
 bool parseShortcutXML(std::string_view document, ShortcutXMLParser& delegate, std::size_t feedSize) {
-    XML_Parser parser = XML_ParserCreate("UTF-8");
+    // The file's own declaration (or byte-order mark) names its encoding;
+    // without one it is UTF-8.
+    XML_Parser parser = XML_ParserCreate(nullptr);
     if (!parser) return false;
+    XML_SetUnknownEncodingHandler(parser, onUnknownEncoding, nullptr);
     Driver driver{delegate, parser, {}, false};
     XML_SetUserData(parser, &driver);
     XML_SetElementHandler(parser, onStart, onEnd);

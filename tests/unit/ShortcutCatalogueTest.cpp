@@ -126,5 +126,38 @@ TEST(ShortcutCatalogueTest, GroupsByFirstAppearanceAndLoadsGiveFreshIds) {
     EXPECT_NE(parse(catalogue)[0].id, first[0].id);
 }
 
+TEST(ShortcutCatalogueTest, TheFilesDeclaredEncodingIsHonoured) {
+    // Two records, the first with a byte beyond ASCII in its name.
+    auto file = [](const std::string& encoding, const std::string& name) {
+        return "<?xml version=\"1.0\" encoding=\"" + encoding + "\"?>\n<shortcuts><object><name>" + name +
+               "</name><shortcut>Ctrl, E</shortcut></object><object><name>After</name><shortcut>Cmd</shortcut>"
+               "</object></shortcuts>";
+    };
+    struct Case {
+        std::string encoding, bytes, name;
+    };
+    const Case cases[] = {
+        {"ISO-8859-1", "Caf\xE9", "Caf\xC3\xA9"},
+        {"iso-8859-1", "\xC0 la ligne", "\xC3\x80 la ligne"},
+        {"windows-1252", "\x80 \x93quoted\x94", "\xE2\x82\xAC \xE2\x80\x9Cquoted\xE2\x80\x9D"},
+        {"macintosh", "Caf\x8E", "Caf\xC3\xA9"},
+        {"UTF-8", "Caf\xC3\xA9", "Caf\xC3\xA9"},
+    };
+    for (const auto& c : cases) {
+        auto records = parse(file(c.encoding, c.bytes), 7);
+        ASSERT_EQ(records.size(), 2u) << c.encoding;
+        EXPECT_EQ(records[0].name, c.name) << c.encoding;
+        EXPECT_EQ(records[1].name, "After") << c.encoding;
+    }
+
+    // UTF-16 with its byte-order mark still reads.
+    std::string utf16 = "\xFF\xFE";
+    for (char c : file("UTF-16", "Cafe")) utf16 += std::string{c, '\0'};
+    EXPECT_EQ(parse(utf16).size(), 2u);
+
+    // An encoding nobody knows gives nothing, as a parser that cannot start does.
+    EXPECT_TRUE(parse(file("x-no-such-encoding", "Cafe")).empty());
+}
+
 }  // namespace
 }  // namespace velmora
