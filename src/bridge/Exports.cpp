@@ -3,6 +3,8 @@
 
 #include "bridge/Exports.h"
 
+#include <cstdint>
+
 #include "platform/Platform.h"
 
 #define VELMORA_EXPORT extern "C" __attribute__((visibility("default")))
@@ -27,11 +29,15 @@ VELMORA_EXPORT void openSlideLibraryTaskpane() { guarded(__func__, [] { velmora:
 VELMORA_EXPORT void openTemplateLibraryTaskpane() { guarded(__func__, [] { velmora::openTemplateLibraryTaskpane(); }); }
 VELMORA_EXPORT void refreshSlideLibraryTaskpane() { guarded(__func__, [] { velmora::refreshSlideLibraryTaskpane(); }); }
 VELMORA_EXPORT void triggerColorThemeRefresh() { guarded(__func__, [] { velmora::triggerColorThemeRefresh(); }); }
-VELMORA_EXPORT void initializeTablesOverlay(const char* rows, const char* columns, bool headerRow, bool headerColumn,
-                                            bool separatorLines, bool pasteContent, bool useReferenceShape) {
+// The macro language's True is -1: the flags arrive as bytes of any value,
+// which a C++ bool must not hold, so they are read as bytes and tested
+// against zero.
+VELMORA_EXPORT void initializeTablesOverlay(const char* rows, const char* columns, std::uint8_t headerRow,
+                                            std::uint8_t headerColumn, std::uint8_t separatorLines,
+                                            std::uint8_t pasteContent, std::uint8_t useReferenceShape) {
     guarded(__func__, [&] {
-        velmora::initializeTablesOverlay(rows, columns, headerRow, headerColumn, separatorLines, pasteContent,
-                                         useReferenceShape);
+        velmora::initializeTablesOverlay(rows, columns, headerRow != 0, headerColumn != 0, separatorLines != 0,
+                                         pasteContent != 0, useReferenceShape != 0);
     });
 }
 VELMORA_EXPORT void initializeLinesOverlay() { guarded(__func__, [] { velmora::initializeLinesOverlay(); }); }

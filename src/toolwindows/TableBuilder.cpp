@@ -6,6 +6,7 @@
 #include "bridge/Exports.h"
 #include "bridge/MacroRunner.h"
 #include "platform/Platform.h"
+#include "support/Unicode.h"
 #include "ui/Images.h"
 
 namespace velmora {
@@ -192,8 +193,13 @@ std::shared_ptr<ui::HostingView> embedTableBuilder(const std::shared_ptr<platfor
 void initializeTablesOverlay(const char* rows, const char* columns, bool headerRow, bool headerColumn,
                              bool separatorLines, bool pasteContent, bool useReferenceShape) {
     auto flagText = [](bool value) { return value ? "true" : "false"; };
-    TableBuilderValues values{rows ? rows : "",        columns ? columns : "", headerRow,        headerColumn,
-                              separatorLines,           pasteContent,           useReferenceShape};
+    TableBuilderValues values{support::repairedUTF8(rows ? rows : ""),
+                              support::repairedUTF8(columns ? columns : ""),
+                              headerRow,
+                              headerColumn,
+                              separatorLines,
+                              pasteContent,
+                              useReferenceShape};
     platform::nslog("Initializing Table Builder with rows: " + values.rows + ", columns: " + values.columns +
                     ", headerRow: " + flagText(headerRow) + ", headerColumn: " + flagText(headerColumn) +
                     ", separatorLines: " + flagText(separatorLines) + ", pasteContent: " + flagText(pasteContent) +

@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <cstdint>
 #include <cstring>
 #include <fstream>
 #include <iterator>
@@ -55,11 +56,12 @@ TEST(Exports, TheLibraryRunsInAProcessWithoutAHost) {
     void* library = dlopen(VELMORA_LIBRARY_PATH, RTLD_NOW | RTLD_LOCAL);
     ASSERT_NE(library, nullptr) << dlerror();
     auto update = reinterpret_cast<void (*)()>(dlsym(library, "updateShortcutEnabledState"));
-    auto tables = reinterpret_cast<void (*)(const char*, const char*, bool, bool, bool, bool, bool)>(
+    using Flag = std::uint8_t;
+    auto tables = reinterpret_cast<void (*)(const char*, const char*, Flag, Flag, Flag, Flag, Flag)>(
         dlsym(library, "initializeTablesOverlay"));
     ASSERT_TRUE(update && tables);
     update();
-    tables("2", "2", true, true, true, true, true);
+    tables("2", "2", 1, 0xFF, 1, 0, 1);
 }
 
 }  // namespace

@@ -13,6 +13,7 @@
 #pragma once
 
 #include <array>
+#include <cstdint>
 #include <functional>
 #include <map>
 #include <memory>
@@ -58,7 +59,8 @@ struct Exports {
     void (*openTemplateLibraryTaskpane)() = nullptr;
     void (*refreshSlideLibraryTaskpane)() = nullptr;
     void (*triggerColorThemeRefresh)() = nullptr;
-    void (*initializeTablesOverlay)(const char*, const char*, bool, bool, bool, bool, bool) = nullptr;
+    void (*initializeTablesOverlay)(const char*, const char*, std::uint8_t, std::uint8_t, std::uint8_t, std::uint8_t,
+                                    std::uint8_t) = nullptr;
     void (*initializeLinesOverlay)() = nullptr;
     void (*initializeTaggingOverlay)(const char*) = nullptr;
     void (*initializeLoginOverlay)() = nullptr;

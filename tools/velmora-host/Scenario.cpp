@@ -121,10 +121,16 @@ double numberArgument(const std::string& text) {
     return value;
 }
 
-bool booleanArgument(const std::string& text) {
-    if (text == "true") return true;
-    if (text == "false") return false;
-    throw ScenarioError("not true or false: '" + text + "'");
+std::uint8_t booleanArgument(const std::string& text) {
+    if (text == "true") return 1;
+    if (text == "false") return 0;
+    // The byte as the macro language passes it: its True is -1, all bits set.
+    int value = 0;
+    auto [end, ec] = std::from_chars(text.data(), text.data() + text.size(), value);
+    if (ec == std::errc{} && end == text.data() + text.size() && value >= -128 && value <= 255) {
+        return static_cast<std::uint8_t>(value);
+    }
+    throw ScenarioError("not true, false or a byte: '" + text + "'");
 }
 
 int runScenario(const std::string& text, const std::string& name, const std::string& baseDirectory,

@@ -8,6 +8,7 @@
 // registers its own commands, shows and tour steps from its own file.
 #pragma once
 
+#include <cstdint>
 #include <functional>
 #include <string>
 #include <vector>
@@ -48,6 +49,6 @@ int runTour();
 
 // Reads a number or a boolean argument, or throws ScenarioError.
 double numberArgument(const std::string& text);
-bool booleanArgument(const std::string& text);
+std::uint8_t booleanArgument(const std::string& text);
 
 }  // namespace velmora::host
