@@ -2,7 +2,7 @@
 #include <cmath>
 
 #include "assistant/Detectors.h"
-#include "support/Text.h"
+#include "support/Unicode.h"
 
 namespace velmora {
 
@@ -11,7 +11,7 @@ namespace {
 // Share of a shape's own area that must be covered, exclusive.
 constexpr double overlapThreshold = 0.45;
 constexpr const char* lineType = "9";
-constexpr const char* harveyWord = "harvey";  // compared lower-cased
+constexpr const char* harveyWord = "Harvey";
 // A line is straight when its width or its height is not beyond this.
 constexpr double lineTolerance = 0.0;
 
@@ -65,7 +65,7 @@ Recommendations detectArrangeRecommendations(const Shapes& selectedShapes, const
 Recommendations detectElementsRecommendations(const Shapes& shapes) {
     if (shapes.empty()) return {};
     bool harvey = std::any_of(shapes.begin(), shapes.end(), [](const ShapeMetadata& shape) {
-        return !shape.Name.empty() && support::lowercased(shape.Name).find(harveyWord) != std::string::npos;
+        return support::containsIgnoringCase(shape.Name, harveyWord);
     });
     bool slantedLine = std::any_of(shapes.begin(), shapes.end(), [](const ShapeMetadata& shape) {
         return shape.ShpType == lineType && std::fabs(shape.Height) > lineTolerance &&

@@ -1,7 +1,7 @@
 #include <cmath>
 
 #include "assistant/Detectors.h"
-#include "support/Text.h"
+#include "support/Unicode.h"
 
 namespace velmora {
 
@@ -46,7 +46,7 @@ Recommendations detectResizeRecommendations(const Shapes& shapes) {
     if (shapes.empty()) return {};
     Recommendations result;
     if (shapes.size() == 2 && !shapes[0].ShpType.empty() && !shapes[1].ShpType.empty() &&
-        support::lowercased(shapes[0].ShpType) == support::lowercased(shapes[1].ShpType)) {
+        support::equalsIgnoringCase(shapes[0].ShpType, shapes[1].ShpType)) {
         result.push_back(row("Swap Objects", {"Ctrl", "3"}, "SwapIcon.png", "-6s"));
     }
     auto spreads = detail::spreadsOf(shapes);

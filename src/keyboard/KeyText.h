@@ -15,11 +15,10 @@
 
 namespace velmora {
 
-// Lower-cases UTF-8 text the way the platform's string lower-casing does for
-// the scripts a keyboard layout produces: ASCII, Latin (with the extended
-// blocks), Greek, Cyrillic, full-width Latin and the letter-like symbols
-// that fold to Latin or Greek. Other characters and malformed bytes stay as
-// they are. Text of 15 bytes or fewer is lower-cased without touching the heap.
+// Lower-cases UTF-8 text as the platform's string lower-casing does: the
+// full Unicode mapping of every script ("İ" gives "i" and a combining dot,
+// "Σ" gives "σ"). Plain ASCII of 15 bytes or fewer is lower-cased without
+// touching the heap; a malformed byte reads as U+FFFD.
 std::string lowercasedCharacters(std::string_view text);
 
 // The option set as the platform prints it: "ModifierFlags(rawValue: 1310720)".

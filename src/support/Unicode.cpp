@@ -1,10 +1,12 @@
 #include "support/Unicode.h"
 
 #include <unicode/brkiter.h>
+#include <unicode/normalizer2.h>
 #include <unicode/uchar.h>
 #include <unicode/unistr.h>
 #include <unicode/ustring.h>
 
+#include <algorithm>
 #include <memory>
 
 namespace velmora::support {
@@ -130,6 +132,25 @@ std::string folded(std::string_view text) {
 }
 
 }  // namespace
+
+bool equalsIgnoringCase(std::string_view a, std::string_view b) {
+    if (isASCII(a) && isASCII(b)) {
+        return a.size() == b.size() && std::equal(a.begin(), a.end(), b.begin(), [](char x, char y) {
+                   return lowerASCII(x) == lowerASCII(y);
+               });
+    }
+    // Folded, then decomposed, so "É" written as one code point or as E and
+    // an accent compare equal, as a non-literal comparison has it.
+    UErrorCode status = U_ZERO_ERROR;
+    const icu::Normalizer2* nfd = icu::Normalizer2::getNFDInstance(status);
+    icu::UnicodeString left = decode(a), right = decode(b);
+    left.foldCase(U_FOLD_CASE_DEFAULT);
+    right.foldCase(U_FOLD_CASE_DEFAULT);
+    if (U_FAILURE(status)) return left == right;
+    icu::UnicodeString leftNormal = nfd->normalize(left, status);
+    icu::UnicodeString rightNormal = nfd->normalize(right, status);
+    return U_SUCCESS(status) ? leftNormal == rightNormal : left == right;
+}
 
 bool containsIgnoringCase(std::string_view text, std::string_view part) {
     if (part.empty() || text.empty()) return false;

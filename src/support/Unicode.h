@@ -4,7 +4,8 @@
 //
 // Provides: characterCount(), trimNonAlphanumerics(), uppercasedFully(), lowercasedFully(),
 // trimWhitespaceAndNewlines(),
-// splitOmittingEmpty(), repairedUTF8(), isValidUTF8(), containsIgnoringCase().
+// splitOmittingEmpty(), repairedUTF8(), isValidUTF8(), containsIgnoringCase(),
+// equalsIgnoringCase().
 // Input is UTF-8; an ill-formed sequence reads as U+FFFD, as the platform
 // repairs text it is handed. Pure; any thread.
 #pragma once
@@ -48,5 +49,9 @@ bool isValidUTF8(std::string_view bytes);
 // folded ("STRASSE" holds "straße"); marks and widths still count. An
 // empty `part` is held nowhere.
 bool containsIgnoringCase(std::string_view text, std::string_view part);
+
+// Whether the two texts are equal when case is ignored: full case folding,
+// and a character written precomposed equals its decomposed form.
+bool equalsIgnoringCase(std::string_view a, std::string_view b);
 
 }  // namespace velmora::support

@@ -110,6 +110,10 @@ TEST(ElementsDetectorTest, HarveyBeforeSlantedLines) {
     harvey.Name = "my HARVEY ball";
     line.ShpType = "9";
     EXPECT_EQ(names(detectElementsRecommendations({line, harvey})), Names{"Toggle Harvey"});
+    harvey.Name = "\xC3\x89 harvey";  // "É harvey": case folding beyond ASCII finds it too
+    EXPECT_EQ(names(detectElementsRecommendations({harvey})), Names{"Toggle Harvey"});
+    harvey.Name = "Harve";
+    EXPECT_TRUE(detectElementsRecommendations({harvey}).empty());
     EXPECT_EQ(names(detectElementsRecommendations({line})), Names{"Straighten Lines"});
     line.Height = 0;
     EXPECT_TRUE(detectElementsRecommendations({line}).empty());
@@ -127,6 +131,16 @@ TEST(ResizeDetectorTest, SwapAndSameSizeAlongTheDominantAxis) {
     b.Left = 0, b.Top = 50;
     EXPECT_EQ(names(detectResizeRecommendations({a, b})), (Names{"Swap Objects", "Same Width"}));
     EXPECT_TRUE(detectResizeRecommendations({a, b, box(0, 0, 100, 20)}).size() == 1);  // no swap for three
+    // Case is folded beyond ASCII, and a decomposed accent equals the composed one.
+    b.Width = a.Width = 100, b.Height = a.Height = 20, b.Left = 0, b.Top = 0;
+    a.ShpType = "\xC3\x89", b.ShpType = "\xC3\xA9";  // É and é
+    EXPECT_EQ(names(detectResizeRecommendations({a, b})), Names{"Swap Objects"});
+    a.ShpType = "E\xCC\x81", b.ShpType = "\xC3\xA9";  // E + combining acute, and é
+    EXPECT_EQ(names(detectResizeRecommendations({a, b})), Names{"Swap Objects"});
+    a.ShpType = "STRASSE", b.ShpType = "stra\xC3\x9F" "e";  // ß folds to ss
+    EXPECT_EQ(names(detectResizeRecommendations({a, b})), Names{"Swap Objects"});
+    a.ShpType = "\xC3\x89", b.ShpType = "e";
+    EXPECT_TRUE(detectResizeRecommendations({a, b}).empty()) << "an accent still counts";
     a.ShpType = b.ShpType = "";
     EXPECT_TRUE(detectResizeRecommendations({a, box(0, 0, 100, 20)}).empty()) << "equal sizes";
 }

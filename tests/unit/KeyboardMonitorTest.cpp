@@ -118,12 +118,14 @@ TEST_F(KeyboardMonitor, LogsEveryKeyWithTheLoweredTextAndTheMaskedModifiers) {
     press(keyDown("t", 17, control));
     press(keyDown(std::nullopt, 53, 0x100));
     press(keyDown("\xC3\x89", 14, option | shift));  // É
+    press(keyDown("\xD4\xB1", 0, 0));                 // Armenian Ayb, beyond the usual layouts' scripts
     EXPECT_EQ(fake.log->lines(),
               (Strings{"VL: Detected typedCharacter: t, keyCode: 17, modifiers: ModifierFlags(rawValue: 393216)",
                        "VL: Detected typedCharacter: t, keyCode: 17, modifiers: ModifierFlags(rawValue: 262144)",
                        "VL: Matched shortcut for macro: ShapeAction",
                        "VL: Detected typedCharacter: , keyCode: 53, modifiers: ModifierFlags(rawValue: 0)",
-                       "VL: Detected typedCharacter: \xC3\xA9, keyCode: 14, modifiers: ModifierFlags(rawValue: 655360)"}));
+                       "VL: Detected typedCharacter: \xC3\xA9, keyCode: 14, modifiers: ModifierFlags(rawValue: 655360)",
+                       "VL: Detected typedCharacter: \xD5\xA1, keyCode: 0, modifiers: ModifierFlags(rawValue: 0)"}));
 }
 
 TEST_F(KeyboardMonitor, DisabledPassesEveryKeySilentlyWhileMouseReleasesGoOn) {
