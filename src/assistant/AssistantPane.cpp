@@ -2,6 +2,8 @@
 
 #include <algorithm>
 #include <cmath>
+#include <iterator>
+#include <set>
 
 #include "assistant/AssistantViewModel.h"
 #include "bridge/Exports.h"
@@ -131,6 +133,13 @@ ui::Node shortcutPaneView(const std::vector<ShortcutRecommendation>& recommendat
 ui::Node AssistantPaneState::body(double width) {
     double scale = width / 250.0;
     auto& model = AssistantViewModel::shared();
+    auto recommendations = model.recommendations.get();
+    auto missed = model.missed.get();
+    forgetRowsOtherThan(recommendations, missed);
+    // Icon files are looked at anew at every drawing, so one installed while
+    // the pane is open shows at the next; a path asked twice in one drawing
+    // is read once.
+    icons_.clear();
     std::weak_ptr<AssistantPaneState> weak = weak_from_this();
     ShortcutPaneContext context;
     context.missedExpanded = missedExpanded_;
@@ -148,7 +157,30 @@ ui::Node AssistantPaneState::body(double width) {
     ui::Frame fill;
     fill.maxWidth = ui::infinity;
     fill.maxHeight = ui::infinity;
-    return shortcutPaneView(model.recommendations.get(), model.missed.get(), scale, context).frame(fill);
+    return shortcutPaneView(recommendations, missed, scale, context).frame(fill);
+}
+
+void AssistantPaneState::forgetRowsOtherThan(const std::vector<ShortcutRecommendation>& recommendations,
+                                             const std::vector<ShortcutRecommendation>& missed) {
+    // Every publish brings rows with new ids; the state of rows no longer
+    // shown goes, so a pane left open does not grow. Their pending glow
+    // steps find nothing and stop.
+    std::set<std::string> shown;
+    for (const auto* list : {&recommendations, &missed}) {
+        for (const auto& row : *list) shown.insert(row.id.uuidString());
+    }
+    auto prune = [&](auto& map) {
+        for (auto entry = map.begin(); entry != map.end();) {
+            entry = shown.count(entry->first) ? std::next(entry) : map.erase(entry);
+        }
+    };
+    prune(glows_);
+    prune(animations_);
+    prune(appearances_);
+}
+
+std::size_t AssistantPaneState::rowStateCount() const {
+    return glows_.size() + animations_.size() + appearances_.size();
 }
 
 Glow AssistantPaneState::glow(const RecommendationID& id) const {
@@ -169,7 +201,9 @@ void AssistantPaneState::animateGlow(const RecommendationID& id, double scale) {
     std::weak_ptr<AssistantPaneState> weak = weak_from_this();
     platform::mainAsyncAfter(riseDuration, [weak, key, appearance] {
         auto state = weak.lock();
-        if (!state || state->appearances_[key] != appearance) return;
+        if (!state) return;
+        auto latest = state->appearances_.find(key);
+        if (latest == state->appearances_.end() || latest->second != appearance) return;
         state->animate(key, Glow{}, fadeDuration);
     });
 }

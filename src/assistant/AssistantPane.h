@@ -69,6 +69,9 @@ public:
     // animateGlow of a row that has just appeared.
     void animateGlow(const RecommendationID& id, double scale);
 
+    // Entries of per-row state held: only rows shown at the last drawing keep any.
+    std::size_t rowStateCount() const;
+
 private:
     struct Animation {
         Glow from, to;
@@ -79,6 +82,8 @@ private:
     void step(const std::string& key, int generation, int frame, int frames);
     void redraw();
     bool iconLoads(const std::string& path);
+    void forgetRowsOtherThan(const std::vector<ShortcutRecommendation>& recommendations,
+                             const std::vector<ShortcutRecommendation>& missed);
 
     bool missedExpanded_ = true;
     std::map<std::string, Glow> glows_;

@@ -111,6 +111,46 @@ TEST_F(AssistantPaneTest, AClosedPaneLeavesTimersAndObserversHarmless) {
     SUCCEED();
 }
 
+TEST_F(AssistantPaneTest, AnIconInstalledWhileThePaneIsOpenShowsAtTheNextDrawing) {
+    auto pane = open(250);
+    auto first = row("Align Left", {"Ctrl"}, "Late.png");
+    model.recommendations.set({first});
+    auto icon = [&] {
+        return ui::findNode(*rowNode(pane->tree(), first), [](const Node& node) {
+            return node.kind == ui::Kind::image || node.kind == ui::Kind::symbol;
+        });
+    };
+    EXPECT_EQ(icon()->kind, ui::Kind::symbol);
+
+    const std::string png("\x89PNG\r\n\x1a\n\0\0\0\rIHDR\0\0\0\x01\0\0\0\x01\x08\x06\0\0\0", 29);
+    platform::FilesPort& files = *fake.files;  // the port's default arguments
+    ASSERT_TRUE(files.createDirectories(assistantIconDirectory));
+    ASSERT_TRUE(files.write(std::string(assistantIconDirectory) + "Late.png", png, false));
+    pane->invalidate();
+    EXPECT_EQ(icon()->kind, ui::Kind::image);
+}
+
+TEST_F(AssistantPaneTest, APaneLeftOpenKeepsStateOnlyForTheRowsItShows) {
+    // Every publish brings rows with fresh ids; a day of them must not pile up.
+    auto state = std::make_shared<AssistantPaneState>();
+    auto pane = ui::HostingView::make([state](double width) { return state->body(width); });
+    state->attach(pane);
+    pane->setFrame({0, 0, 250, 600});
+    for (int run = 0; run < 40; ++run) {
+        model.recommendations.set({row("Align Left", {"Ctrl"}), row("Align Top", {"Ctrl"})});
+        model.missed.set({row("Group", {"Cmd"})});
+        pane->invalidate();
+        pane->layout();
+        fake.dispatch->advance(run % 2 ? 0.1 : 1);
+    }
+    pane->invalidate();
+    pane->layout();
+    EXPECT_GT(state->rowStateCount(), 0u) << "the rows on show still glow";
+    EXPECT_LE(state->rowStateCount(), 9u) << "three maps, three rows at most";
+    fake.dispatch->advance(2);
+    SUCCEED() << "the pending steps of forgotten rows find nothing";
+}
+
 class AssistantPaneToggleTest : public AssistantPaneTest {
 protected:
     void SetUp() override {
