@@ -327,7 +327,9 @@ public:
             // A column with a spacer grows to the height its frame or its
             // column gives it, so the spacer has room to take.
             if (framed && fillsHeight(content, Flow::column)) inner += "flex-grow:1;";
-            if (flow == Flow::column && fillsHeight(n, flow)) (framed ? outer : inner) += "flex-grow:1;";
+            if (flow == Flow::column && (fillsHeight(n, flow) || (!m.frame.height && holdsScroll(content)))) {
+                (framed ? outer : inner) += "flex-grow:1;";
+            }
             // Shapes take all the room offered, and so do layered stacks of them.
             if (fillsBoth(content)) {
                 inner += "flex:1 1 auto;align-self:stretch;justify-self:stretch;min-width:0;min-height:0;";
@@ -710,8 +712,8 @@ const char* kStyleSheet = R"CSS(
 .v-line-svg { position: absolute; overflow: visible; }
 .v-view { position: absolute; overflow: hidden; }
 .v-textfield-view { display: flex; align-items: center; white-space: nowrap; overflow: hidden; text-overflow: ellipsis; }
-.v-hosting { display: flex; flex-direction: column; }
-.v-hosting > * { flex: 1 1 auto; min-height: 0; }
+.v-hosting { display: flex; flex-direction: column; justify-content: center; align-items: center; }
+.v-hosting > * { flex: 0 1 auto; min-height: 0; max-width: 100%; }
 )CSS";
 
 void renderViewInto(const platform::View& view, std::string& out) {

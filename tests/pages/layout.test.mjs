@@ -236,3 +236,25 @@ test('paddings add their own length on each edge', async () => {
   near(boxes.padded.height, boxes.plain.height + 16, 'around a text, down');
   await page.close();
 });
+
+test('a root smaller than its view sits in the middle; a scroll view fills it', async () => {
+  let { page, boxes } = await open('root-text');
+  const message = await textBox(page, 'message');
+  near(message.cx, 125, 'the message across');
+  near(message.cy, 200, 'the message down');
+  await page.close();
+
+  ({ page, boxes } = await open('root-stack'));
+  near(boxes.stack.width, 100, 'the stack keeps its width');
+  assert.ok(boxes.stack.height < 40, `the stack keeps its height: ${boxes.stack.height}`);
+  near(boxes.stack.cx, 125, 'the stack across');
+  near(boxes.stack.cy, 200, 'the stack down');
+  near(boxes.title.x, boxes.bar.x, 'its children at its leading edge');
+  await page.close();
+
+  ({ page, boxes } = await open('root-scroll'));
+  assert.deepEqual([boxes.scroll.x, boxes.scroll.y, boxes.scroll.width, boxes.scroll.height], [0, 0, 250, 400]);
+  near(boxes.row.x, 10, 'its content from the top left');
+  near(boxes.row.y, 10, 'its content from the top left');
+  await page.close();
+});

@@ -1,0 +1,57 @@
+// What a user sees of the shortcut reference pane in the window snapshot:
+// the failure texts in the middle of the pane's content, key chips whose
+// words stay whole at the narrowest width, and the split view's dividers
+// between the docked panes.
+//
+// VELMORA_HOST: path of the velmora-host binary (required).
+import { test } from 'node:test';
+import assert from 'node:assert/strict';
+import { openSnapshot, pane, box } from './harness.mjs';
+
+// Where the element's own text is drawn.
+const textBox = (locator) => locator.evaluate((element) => {
+  const range = document.createRange();
+  range.selectNodeContents(element);
+  const r = range.getBoundingClientRect();
+  return { x: r.x, y: r.y, width: r.width, height: r.height };
+});
+
+// The distinct lines a text element's words were laid out on.
+const lines = (locator) => locator.evaluate((element) => {
+  const range = document.createRange();
+  range.selectNodeContents(element);
+  return new Set([...range.getClientRects()].filter((r) => r.width > 0).map((r) => Math.round(r.top))).size;
+});
+
+// Words of the element's text laid out over two lines or more.
+const brokenWords = (locator) => locator.evaluate((element) => {
+  const node = [...element.childNodes].find((child) => child.nodeType === Node.TEXT_NODE);
+  const broken = [];
+  for (const match of node.data.matchAll(/\S+/g)) {
+    const range = document.createRange();
+    range.setStart(node, match.index);
+    range.setEnd(node, match.index + match[0].length);
+    if (new Set([...range.getClientRects()].filter((r) => r.width > 0).map((r) => Math.round(r.top))).size > 1) {
+      broken.push(match[0]);
+    }
+  }
+  return broken;
+});
+
+for (const [catalogue, message] of [['none', 'Failed to load XML file'], ["'<shortcuts/>'", 'No shortcuts found']]) {
+  test(`"${message}" sits in the middle of the pane's content, below its title bar`, async () => {
+    const { page, close } = await openSnapshot(
+      [`catalogue ${catalogue}`, 'open shortcuts', 'snapshot snapshot.html'].join('\n') + '\n');
+    try {
+      const reference = pane(page, 'Velmora Shortcuts');
+      const content = await box(reference.locator('[data-part="contentContainer"]'));
+      const titleBar = await box(reference.locator('[data-part="titleBar"]'));
+      const text = await textBox(reference.locator(`[data-label="${message}"]`));
+      assert.ok(Math.abs(text.x + text.width / 2 - (content.x + content.width / 2)) <= 1, 'centred across');
+      assert.ok(Math.abs(text.y + text.height / 2 - (content.y + content.height / 2)) <= 1, 'centred down');
+      assert.ok(text.y > titleBar.y + titleBar.height, 'below the title bar');
+    } finally {
+      await close();
+    }
+  });
+}
