@@ -345,7 +345,8 @@ public:
             decor += "outline:" + px(m.border->width) + " solid " + cssColor(m.border->color) + ";outline-offset:-" +
                      px(m.border->width) + ";";
         }
-        if (m.cornerRadius > 0) decor += "border-radius:" + px(m.cornerRadius) + ";overflow:hidden;";
+        // Clipping leaves the layout alone: a clipped text still keeps its words whole.
+        if (m.cornerRadius > 0) decor += "border-radius:" + px(m.cornerRadius) + ";overflow:clip;";
         if (m.shadow) {
             decor += "filter:drop-shadow(" + px(m.shadow->x) + " " + px(m.shadow->y) + " " + px(m.shadow->radius) +
                      " " + cssColor(m.shadow->color) + ");";
@@ -396,7 +397,7 @@ private:
             default:
                 break;
         }
-        if (n.mod.fixedSize) style += "white-space:nowrap;flex-shrink:0;";
+        if (n.mod.fixedSize) style += "white-space:nowrap;flex-shrink:0;max-width:none;";
         if (n.mod.animation) style += "transition:all " + num(*n.mod.animation) + "s ease-in-out;";
         if (n.mod.aspectRatio) style += "aspect-ratio:" + num(*n.mod.aspectRatio) + ";";
         if (n.mod.lineLimit) {
@@ -666,6 +667,7 @@ const char* kStyleSheet = R"CSS(
 .velmora-root div, .velmora-root span, .velmora-root button, .velmora-root label { margin: 0; }
 .v-vstack { display: flex; flex-direction: column; min-width: 0; }
 .v-hstack { display: flex; flex-direction: row; min-width: 0; }
+.v-hstack > .v-hstack { min-width: auto; }
 .v-zstack { display: grid; }
 .v-zstack > * { grid-area: 1 / 1; position: relative; }
 .v-grid { display: grid; }
@@ -674,7 +676,8 @@ const char* kStyleSheet = R"CSS(
 .v-scroll { display: flex; flex-direction: column; overflow-x: hidden; overflow-y: auto; align-self: stretch; flex: 1 1 auto; min-height: 0; height: 100%; }
 .v-scroll > * { flex-shrink: 0; }
 .v-scroll-h { flex-direction: row; overflow-x: auto; overflow-y: hidden; }
-.v-text { display: block; white-space: pre-wrap; overflow-wrap: anywhere; }
+.v-text { display: block; white-space: pre-wrap; overflow-wrap: break-word; }
+.v-vstack > .v-text, .v-frame > .v-text, .v-hosting > .v-text { max-width: 100%; }
 .v-symbol, .v-glyph { display: inline-flex; align-items: center; justify-content: center; line-height: 1; }
 .v-sym-circle, .v-sym-square { display: inline-flex; align-items: center; justify-content: center; width: 1em; height: 1em;
   border: 0.08em solid currentColor; border-radius: 50%; }

@@ -258,3 +258,16 @@ test('a root smaller than its view sits in the middle; a scroll view fills it', 
   near(boxes.row.y, 10, 'its content from the top left');
   await page.close();
 });
+
+test('texts break between words, and inside one only when it is wider than its room', async () => {
+  const { page, boxes } = await open('wrapping');
+  for (const key of ['Ctrl', 'Shift', 'Cmd', 'Left']) {
+    assert.equal(await lineCount(page, key), 1, `the chip ${key} on one line`);
+    assert.ok(boxes[key].right <= boxes.row.frame.right + 0.5, `the chip ${key} within the row`);
+  }
+  assert.deepEqual(await brokenWords(page, 'name'), [], 'the name wraps between words');
+  assert.ok((await lineCount(page, 'name')) > 1, 'the name wraps');
+  assert.deepEqual(await brokenWords(page, 'word'), ['Incomprehensibilities'], 'a word wider than its frame');
+  assert.ok(boxes.word.width <= 40.5, `the long word within its frame: ${boxes.word.width}`);
+  await page.close();
+});

@@ -55,3 +55,27 @@ for (const [catalogue, message] of [['none', 'Failed to load XML file'], ["'<sho
     }
   });
 }
+
+// A catalogue whose long name and five keys crowd a row at 250 points.
+const crowded = "'<s><object><name>Distribute the Selected Objects Horizontally</name>" +
+  "<shortcut>Ctrl, Shift, Cmd, Opt, H</shortcut></object>" +
+  "<object><name>Copy Position</name><shortcut>Ctrl, Shift, C</shortcut></object></s>'";
+
+test('at 250 points the key chips keep their words whole and the names wrap between words', async () => {
+  const { page, close } = await openSnapshot(
+    [`catalogue ${crowded}`, 'open shortcuts', "width 'Velmora Shortcuts' 250", 'snapshot snapshot.html'].join('\n') + '\n');
+  try {
+    const reference = pane(page, 'Velmora Shortcuts');
+    const chips = reference.locator('[data-kind="text"]').filter({ hasText: /^(Ctrl|Shift|Cmd|Opt|H|C)$/ });
+    assert.equal(await chips.count(), 8);
+    for (const chip of await chips.all()) {
+      assert.equal(await lines(chip), 1, `the chip ${await chip.textContent()} is on one line`);
+    }
+    const long = reference.locator('[data-label="Distribute the Selected Objects Horizontally"]');
+    assert.ok((await lines(long)) > 1, 'the long name wraps');
+    assert.deepEqual(await brokenWords(long), [], 'between its words');
+    assert.equal(await lines(reference.locator('[data-label="Copy Position"]')), 1, 'a name that fits stays on one line');
+  } finally {
+    await close();
+  }
+});
