@@ -79,3 +79,31 @@ test('at 250 points the key chips keep their words whole and the names wrap betw
     await close();
   }
 });
+
+test('a thin divider parts each two docked panes, and the editor from the first', async () => {
+  const { page, close } = await openSnapshot(
+    ['open assistant', 'open shortcuts', 'snapshot snapshot.html'].join('\n') + '\n');
+  try {
+    const assistant = await box(pane(page, 'Velmora Assistant'));
+    const shortcuts = await box(pane(page, 'Velmora Shortcuts'));
+    const dividers = page.locator('[data-divider]');
+    assert.equal(await dividers.count(), 2);
+    const edges = [];
+    for (const divider of await dividers.all()) {
+      const b = await box(divider);
+      assert.equal(b.width, 1);
+      assert.equal(Math.round(b.height), Math.round(shortcuts.height));
+      assert.notEqual(await divider.evaluate((e) => getComputedStyle(e).backgroundColor), 'rgba(0, 0, 0, 0)');
+      edges.push(Math.round(b.x + b.width));
+      // Drawn over the panes, not under them (it lets the pointer through,
+      // so it takes hits for this look only).
+      await divider.evaluate((e) => { e.style.pointerEvents = 'auto'; });
+      const hit = await page.evaluate(([x, y]) => document.elementFromPoint(x, y)?.dataset.divider,
+        [b.x + 0.5, b.y + b.height / 2]);
+      assert.ok(hit, 'the divider is on top');
+    }
+    assert.deepEqual(edges, [Math.round(assistant.x), Math.round(shortcuts.x)]);
+  } finally {
+    await close();
+  }
+});

@@ -147,6 +147,7 @@ std::string snapshotPage() {
         ".host-grid td{border:1px solid #7F7F7F;padding:0;}\n"
         ".host-grid-faint td{border:1px dashed #D0D0D0;}\n"
         ".host-shape[data-selected]{outline:2px dashed #1a73e8;outline-offset:3px;}\n"
+        ".host-divider{position:absolute;top:0;width:1px;background:#c6c6c8;z-index:5;pointer-events:none;}\n"
         "</style></head>\n<body>\n<div class=\"host-desk\">\n<div class=\"host-window\" data-class=\"CUIDocumentShellWindow\">\n"
         "<div class=\"host-ribbon\"><span>Home</span><span>Insert</span><span>Design</span><span>Slide Show</span>"
         "<span class=\"tab-on\">Velmora</span></div>\n"
@@ -164,6 +165,13 @@ std::string snapshotPage() {
         if (editor) page += slideElement(f.width, f.height);
         if (auto text = firstTextField(view)) page += "<span data-label=\"" + support::htmlEscaped(*text) + "\">" + support::htmlEscaped(*text) + "</span>";
         page += "</div>\n";
+    }
+    // The split view draws a thin divider where two arranged subviews meet.
+    const auto arranged = split->subviews();
+    for (std::size_t i = 1; i < arranged.size(); ++i) {
+        const auto f = arranged[i]->frame();
+        page += "<div class=\"host-divider\" data-divider=\"" + std::to_string(i) + "\" style=\"left:" +
+                px(f.x - 1) + ";height:" + px(bounds.height) + "\"></div>\n";
     }
     page += "</div>\n</div>\n";
     // Floating windows over the document window, centred on it, back to
