@@ -271,3 +271,36 @@ test('texts break between words, and inside one only when it is wider than its r
   assert.ok(boxes.word.width <= 40.5, `the long word within its frame: ${boxes.word.width}`);
   await page.close();
 });
+
+test('modifiers: a padded shape inset in its colour, opacity, transforms, borders, shadows, frame bounds', async () => {
+  const { page, boxes } = await open('modifiers');
+  const look = await page.evaluate(() => {
+    const at = (id) => document.querySelector(`[data-id="${id}"]`);
+    const style = (id) => getComputedStyle(at(id));
+    const shape = at('paddedShape').querySelector('.v-shape');
+    const r = shape.getBoundingClientRect();
+    const outer = at('paddedShape').getBoundingClientRect();
+    const matrix = (id) => { const m = new DOMMatrix(style(id).transform); return [m.a, m.b, m.c, m.d, m.e, m.f].map((v) => Math.round(v * 100) / 100); };
+    return {
+      shape: { inset: [r.x - outer.x, r.y - outer.y, outer.right - r.right, outer.bottom - r.bottom], color: getComputedStyle(shape).backgroundColor },
+      faded: style('faded').opacity, scaled: matrix('scaled'), turned: matrix('turned'), moved: matrix('moved'),
+      edged: [style('edged').outlineWidth, style('edged').outlineColor, style('edged').outlineStyle],
+      lifted: style('lifted').filter,
+      menu: { label: at('menu').querySelector('.v-menu-label').textContent, items: getComputedStyle(at('menu').querySelector('.v-menu-items')).display },
+    };
+  });
+  assert.deepEqual(look.shape, { inset: [5, 5, 5, 5], color: 'rgb(255, 59, 48)' });
+  assert.equal(look.faded, '0.5');
+  assert.deepEqual(look.scaled, [2, 0, 0, 2, 0, 0]);
+  assert.deepEqual(look.turned, [0, 1, -1, 0, 0, 0]);
+  assert.deepEqual(look.moved, [1, 0, 0, 1, 7, 3]);
+  assert.deepEqual(look.edged, ['2px', 'rgb(0, 122, 255)', 'solid']);
+  assert.equal(look.lifted, 'drop-shadow(rgb(0, 0, 0) 0px 2px 4px)');
+  assert.deepEqual(look.menu, { label: 'Tags \u25BE', items: 'none' });
+  near(boxes.minHeight.frame.height, 50, 'a least height');
+  near(boxes.idealWidth.frame.width, 80, 'an ideal width');
+  near(boxes.maxWidth.frame.width, 60, 'a greatest width');
+  assert.ok((await lineCount(page, 'maxWidth')) > 1, 'the text wraps in its greatest width');
+  near(boxes.minWidth.frame.width, 90, 'a least width');
+  await page.close();
+});
