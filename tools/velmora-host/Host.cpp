@@ -122,6 +122,59 @@ public:
     }
 };
 
+std::shared_ptr<hosts::MemoryView> makeHostView(const std::string& className, platform::Rect frame,
+                                                std::optional<std::string> text) {
+    if (className == "CUITaskPaneSplitView") {
+        return std::make_shared<SimulatedSplitView>(className, frame, std::move(text));
+    }
+    return std::make_shared<hosts::MemoryView>(className, frame, std::move(text));
+}
+
+namespace {
+
+// The host's own windows: every window but those the library made.
+std::vector<std::shared_ptr<platform::View>> hostWindowRoots(const hosts::MemoryViews& views) {
+    std::vector<std::shared_ptr<platform::View>> roots;
+    for (const auto& window : views.windows()) {
+        if (!window || dynamic_cast<const platform::ToolWindow*>(window.get())) continue;
+        const auto* memory = dynamic_cast<const hosts::MemoryWindow*>(window.get());
+        auto root = memory && memory->frameView() ? memory->frameView() : window->contentView();
+        if (root) roots.push_back(std::move(root));
+    }
+    return roots;
+}
+
+void visitViews(const std::shared_ptr<platform::View>& view, const std::function<bool(const std::shared_ptr<platform::View>&)>& visit) {
+    if (!visit(view)) return;
+    for (const auto& child : view->subviews()) visitViews(child, visit);
+}
+
+}  // namespace
+
+std::vector<std::shared_ptr<platform::View>> Host::dockedPanes() const {
+    std::vector<std::shared_ptr<platform::View>> panes;
+    for (const auto& root : hostWindowRoots(*views_)) {
+        visitViews(root, [&](const std::shared_ptr<platform::View>& view) {
+            if (!paneAccess(view)) return true;
+            panes.push_back(view);
+            return false;
+        });
+    }
+    return panes;
+}
+
+void Host::layOutSplitViews() {
+    for (const auto& root : hostWindowRoots(*views_)) {
+        visitViews(root, [this](const std::shared_ptr<platform::View>& view) {
+            if (paneAccess(view)) return false;
+            if (!dynamic_cast<SimulatedSplitView*>(view.get())) return true;
+            view->setNeedsLayout();
+            view->layout();
+            return true;
+        });
+    }
+}
+
 class SimulatedProcess : public platform::ProcessPort {
 public:
     platform::ProcessResult run(const std::string& path, const std::vector<std::string>& arguments) override {

@@ -77,6 +77,11 @@ struct MacroCall {
 // Parses the script the library sends; nothing when it is not a macro call.
 std::optional<MacroCall> parseMacroScript(const std::string& script);
 
+// A view as the host makes it: one of class "CUITaskPaneSplitView" lays its
+// subviews out as the host's split view does; one with a text is a text field.
+std::shared_ptr<hosts::MemoryView> makeHostView(const std::string& className, platform::Rect frame,
+                                                std::optional<std::string> text = std::nullopt);
+
 class Host {
 public:
     static Host& instance();
@@ -132,6 +137,18 @@ public:
     hosts::MonitorRegistry& monitors() { return *monitors_; }
     std::shared_ptr<hosts::MemoryWindow> documentWindow() const { return documentWindow_; }
     std::shared_ptr<platform::View> splitView() const { return splitView_; }
+    // Another window becomes the document window (`keywindow document`), and
+    // `splitView` the split view the snapshot draws, as when a captured view
+    // tree replaces the simulator's own.
+    void setDocumentWindow(std::shared_ptr<hosts::MemoryWindow> window, std::shared_ptr<platform::View> splitView) {
+        documentWindow_ = std::move(window);
+        splitView_ = std::move(splitView);
+    }
+    // The library's docked panes wherever they hang in the host's windows:
+    // window by window, depth first, each view before its subviews.
+    std::vector<std::shared_ptr<platform::View>> dockedPanes() const;
+    // Lays out every task pane split view in the host's windows, as the host does after a change.
+    void layOutSplitViews();
     const std::string& sandboxRoot() const { return connection_.fileRoot; }
 
     // What the library handed over for a pane it docked (see

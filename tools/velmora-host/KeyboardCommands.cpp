@@ -12,6 +12,7 @@
 #include "KeyboardLayout.h"
 #include "Scenario.h"
 #include "support/Text.h"
+#include "trees/HostTrees.h"
 
 namespace velmora::host {
 
@@ -52,6 +53,7 @@ struct HostApplication {
     }
 
     void rebuild() {
+        forgetLoadedAxTree();
         auto& accessibility = Host::instance().accessibility();
         accessibility.removeApplication(hostProcessIdentifier);
         if (presence == Presence::absent) return;
@@ -214,8 +216,14 @@ std::optional<platform::AXValue> valueArgument(const std::string& text) {
                          }
                          host.rebuild();
                      }}),
-    registerShow({"ribbon", "show ribbon", 0, 0,
-                  [](const Arguments&) {
+    registerShow({"ribbon", "show ribbon [walk]", 0, 1,
+                  [](const Arguments& a) {
+                      if (!a.empty()) {
+                          if (a[0] != "walk") throw ScenarioError("usage: show ribbon [walk]");
+                          showRibbonWalk();
+                          return;
+                      }
+                      if (showLoadedRibbon()) return;
                       const auto& host = HostApplication::shared();
                       const char* presence = host.presence == HostApplication::Presence::present ? "present"
                                              : host.presence == HostApplication::Presence::absent ? "absent"
@@ -265,5 +273,7 @@ std::optional<platform::AXValue> valueArgument(const std::string& text) {
 };
 
 }  // namespace
+
+void rebuildBuiltInAccessibilityTree() { HostApplication::shared().rebuild(); }
 
 }  // namespace velmora::host

@@ -49,14 +49,7 @@ bool holdsText(const std::shared_ptr<View>& root, const std::string& text) {
 }
 
 // The library's panes in split-view order.
-std::vector<std::shared_ptr<View>> dockedPanes() {
-    auto& host = Host::instance();
-    std::vector<std::shared_ptr<View>> panes;
-    for (const auto& view : host.splitView()->subviews()) {
-        if (host.paneAccess(view)) panes.push_back(view);
-    }
-    return panes;
-}
+std::vector<std::shared_ptr<View>> dockedPanes() { return Host::instance().dockedPanes(); }
 
 std::pair<std::shared_ptr<View>, const platform::PaneAccess*> paneTitled(const std::string& title) {
     for (const auto& view : dockedPanes()) {
@@ -91,11 +84,7 @@ Host::LibraryWindow windowTitled(const std::string& title) {
 
 std::string sizeText(platform::Size size) { return fmt::format("{}x{}", size.width, size.height); }
 
-void layOutSplitView() {
-    auto split = Host::instance().splitView();
-    split->setNeedsLayout();
-    split->layout();
-}
+void layOutSplitView() { Host::instance().layOutSplitViews(); }
 
 std::shared_ptr<hosts::MemoryWindow> toolWindow() {
     static std::shared_ptr<hosts::MemoryWindow> window = [] {

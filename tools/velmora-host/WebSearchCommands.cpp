@@ -45,7 +45,7 @@ bool holdsText(const std::shared_ptr<platform::View>& root, const std::string& t
 std::shared_ptr<hosts::MemoryWebView> webViewOf(const std::string& title, const std::string& verb) {
     auto& host = Host::instance();
     std::optional<platform::PaneAccess> access;
-    for (const auto& view : host.splitView()->subviews()) {
+    for (const auto& view : host.dockedPanes()) {
         const auto* pane = host.paneAccess(view);
         if (pane && holdsText(view, title)) {
             access = *pane;

@@ -9,6 +9,7 @@
 #pragma once
 
 #include <algorithm>
+#include <cstddef>
 #include <functional>
 #include <memory>
 #include <optional>
@@ -43,10 +44,16 @@ public:
     bool isVisible() const override { return visible_; }
     void setVisible(bool visible) { visible_ = visible; }
     void setContentView(std::shared_ptr<platform::View> view) { contentView_ = std::move(view); }
+    // The view at the top of the window's tree, above the content view, as
+    // the platform's theme frame is; nothing for a window built without one.
+    // The library never asks for it: only the host walks from there.
+    std::shared_ptr<platform::View> frameView() const { return frameView_; }
+    void setFrameView(std::shared_ptr<platform::View> view) { frameView_ = std::move(view); }
 
 private:
     std::string className_;
     std::shared_ptr<platform::View> contentView_;
+    std::shared_ptr<platform::View> frameView_;
     bool visible_;
 };
 
@@ -123,6 +130,16 @@ public:
     void openURL(const std::string& url) override { openedURLs_.push_back(url); }
 
     void addWindow(std::shared_ptr<platform::Window> window) { windows_.push_back(std::move(window)); }
+    // Puts the window at this place in the window order (at the end when past it).
+    void insertWindow(std::size_t at, std::shared_ptr<platform::Window> window) {
+        windows_.insert(windows_.begin() + static_cast<std::ptrdiff_t>(std::min(at, windows_.size())), std::move(window));
+    }
+    // Takes the window out of the list; if it was key, no window is key.
+    void removeWindow(const std::shared_ptr<platform::Window>& window) {
+        std::erase(windows_, window);
+        std::erase(previousKeys_, window);
+        if (keyWindow_ == window) keyWindow_ = nullptr;
+    }
     void setKeyWindow(std::shared_ptr<platform::Window> window) { keyWindow_ = std::move(window); }
     // Drops the windows the library made that are closed and held by nobody else.
     void forgetClosedWindows() {
