@@ -219,6 +219,11 @@ TEST_F(UiHostingTest, DrawsAMonthFromItsFirstWeekdayWithTheChosenDayMarked) {
     EXPECT_EQ(feb.days, 29);
     EXPECT_EQ(feb.chosen, 29);
     EXPECT_EQ(sheet("2027-02-01").days, 28);
+    // Whole 400-year cycles repeat the weekdays, before year 1 too: 1 March
+    // 2000 was a Wednesday.
+    EXPECT_EQ(sheet("-400-03-01").head, "March -400");
+    EXPECT_EQ(sheet("-400-03-01").blanks, 3);
+    EXPECT_EQ(sheet("-401-03-01").blanks, 1);  // a Monday, as 1 March 1999
     EXPECT_EQ(sheet("2026-13-01").head, "");
     EXPECT_EQ(sheet("2026-00-01").head, "");
     EXPECT_EQ(sheet("2026-1-1").head, "");
