@@ -3,6 +3,8 @@
 #
 #   scripts/mutate.sh [FOLDER] [COUNT] [SEED]     (defaults: src 40 1)
 #   scripts/mutate.sh --list [FOLDER] [COUNT] [SEED]   the mutants only, nothing built
+#   scripts/mutate.sh --only 3,17 [FOLDER] [COUNT] [SEED]  only these of the same mutants
+#                                 (say, the survivors of a run, once tests were added)
 #
 # Picks COUNT mutants over the .cpp files below FOLDER, spread by the files'
 # sizes and chosen from SEED alone (the same commit, folder, count and seed
@@ -37,6 +39,10 @@ args = sys.argv[2:]
 list_only = bool(args) and args[0] == '--list'
 if list_only:
     args = args[1:]
+only = None
+if len(args) > 1 and args[0] == '--only':
+    only = {int(n) for n in args[1].split(',') if n}
+    args = args[2:]
 folder = (args[0] if len(args) > 0 else 'src').rstrip('/')
 count = int(args[1]) if len(args) > 1 else 40
 seed = int(args[2]) if len(args) > 2 else 1
@@ -258,7 +264,7 @@ if first.returncode:
 
 def stages(deadline):
     """Test commands in order, cheapest and most telling first."""
-    ctest = ['ctest', '--test-dir', build, '-j', jobs, '--timeout', '120', '--stop-on-failure', '-Q']
+    ctest = ['ctest', '--test-dir', build, '-j', jobs, '--timeout', '120', '--stop-on-failure']
     yield 'unit', ctest + ['-L', 'unit'], build
     yield 'scenario', ctest + ['-L', 'scenario'], build
     if os.path.isdir(os.path.join(pages, 'node_modules')):
@@ -275,6 +281,8 @@ def first_failure(output):
 results = []
 started = time.time()
 for i, (path, site) in enumerate(mutants, 1):
+    if only is not None and i not in only:
+        continue
     key = key_of(path, contents[path], site)
     n, start, end, op, replacement = site
     original = contents[path]
@@ -316,7 +324,7 @@ for i, (path, site) in enumerate(mutants, 1):
         finally:
             with open(target, 'w', encoding='utf-8') as f:
                 f.writelines(original)
-    results.append((path, key, outcome))
+    results.append((path, key, outcome, i))
     print(f'{outcome}{" (" + detail + ")" if detail else ""}  [{key}]', flush=True)
     log.write(f'=> {outcome} {detail}\n')
     log.flush()
@@ -326,7 +334,7 @@ run(['cmake', '--build', build, '-j', jobs])
 
 print(f'\nscore by folder ({(time.time() - started) / 60:.0f} min, seed {seed}, commit {head[:10]}):')
 print(f'{"folder":<24} {"killed":>6} {"survived":>8} {"equivalent":>10} {"no build":>8}  score')
-folders = sorted({folder_of(p) for p, _, _ in results})
+folders = sorted({folder_of(r[0]) for r in results})
 def line(name, rows):
     k = sum(1 for r in rows if r[2] == 'killed')
     s = sum(1 for r in rows if r[2] == 'survived')
@@ -340,6 +348,6 @@ line('all', results)
 survivors = [r for r in results if r[2] == 'survived']
 if survivors:
     print('\nsurvivors (mark the equivalent ones in scripts/mutate-equivalent.txt):')
-    for path, key, _ in survivors:
-        print(f'  {key}')
+    for path, key, _, i in survivors:
+        print(f'  [{i}] {key}')
 PY
