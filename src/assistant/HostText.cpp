@@ -1,7 +1,6 @@
 #include "assistant/HostText.h"
 
-#include <simdjson.h>
-
+#include <cstdint>
 #include <cstring>
 
 namespace velmora {
@@ -43,12 +42,34 @@ std::size_t sequenceAt(const unsigned char* data, std::size_t size, std::size_t 
     return 0;
 }
 
+// Whether the whole text is well-formed, skipping ASCII eight bytes at a
+// time. Not simdjson's check: that goes through an object the simdjson
+// library destroys at exit, while a queued call may still run.
+bool wellFormed(const unsigned char* data, std::size_t size) {
+    std::size_t at = 0;
+    while (at < size) {
+        if (at + 8 <= size) {
+            std::uint64_t word;
+            std::memcpy(&word, data + at, sizeof word);
+            if ((word & 0x8080808080808080u) == 0) {
+                at += 8;
+                continue;
+            }
+        }
+        std::size_t consumed = 0;
+        const std::size_t length = sequenceAt(data, size, at, consumed);
+        if (!length) return false;
+        at += length;
+    }
+    return true;
+}
+
 }  // namespace
 
 std::string textFromHost(const char* text) {
     if (!text) return {};
     std::size_t size = std::strlen(text);
-    if (simdjson::validate_utf8(text, size)) return std::string(text, size);
+    if (wellFormed(reinterpret_cast<const unsigned char*>(text), size)) return std::string(text, size);
     const auto* data = reinterpret_cast<const unsigned char*>(text);
     std::string out;
     out.reserve(size + 16);

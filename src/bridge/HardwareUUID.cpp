@@ -19,9 +19,9 @@ struct GlobalUUID {
     }
 };
 
-// Made at first use, reads and writes included.
+// Made at first use, reads and writes included, and never destroyed.
 GlobalUUID& global() {
-    static GlobalUUID instance;
+    static auto& instance = *new GlobalUUID;
     return instance;
 }
 

@@ -12,7 +12,7 @@ namespace {
 using namespace ui;
 using M = ColorBarMetrics;
 
-const Color defaultBorder = colors::gray.opacity(0.4);
+constexpr Color defaultBorder = colors::gray.opacity(0.4);
 
 Node slash() { return line({0, 1}, {1, 0}, 2).stroke(colors::red.opacity(0.85), 2, LineCap::round); }
 
@@ -212,13 +212,20 @@ void ColorBarPaneState::redraw() {
 
 // --- loading ---------------------------------------------------------------------
 
-std::shared_ptr<ui::HostingView> ColorBarContentManager::hostingController;
-std::weak_ptr<ColorBarViewModel> ColorBarContentManager::activeViewModel;
+std::shared_ptr<ui::HostingView>& ColorBarContentManager::hostingController() {
+    static auto& view = *new std::shared_ptr<ui::HostingView>();
+    return view;
+}
+
+std::weak_ptr<ColorBarViewModel>& ColorBarContentManager::activeViewModel() {
+    static auto& model = *new std::weak_ptr<ColorBarViewModel>();
+    return model;
+}
 
 namespace {
 
 std::vector<std::string> describeColorBar() {
-    auto model = ColorBarContentManager::activeViewModel.lock();
+    auto model = ColorBarContentManager::activeViewModel().lock();
     if (!model) return {"colorbar: (no view model)"};
     std::vector<std::string> lines;
     for (const auto& row : model->rows.get()) {
@@ -237,7 +244,7 @@ std::vector<std::string> describeColorBar() {
 
 void ColorBarContentManager::loadColorBarView(ContentCompletion completion) {
     auto model = std::make_shared<ColorBarViewModel>();
-    activeViewModel = model;
+    activeViewModel() = model;
     auto state = std::make_shared<ColorBarPaneState>(model);
     auto hosting = ui::HostingView::make([state](double width) { return state->body(width); });
     state->attach(hosting);
@@ -246,7 +253,7 @@ void ColorBarContentManager::loadColorBarView(ContentCompletion completion) {
     hosting->translatesAutoresizingMaskIntoConstraints = false;
     hosting->horizontalContentHuggingPriority = 750;
     hosting->horizontalCompressionResistancePriority = 1000;
-    hostingController = hosting;
+    hostingController() = hosting;
     platform::registerInspector("colorbar", describeColorBar);
     completion(hosting);
     model->refreshFromTheme();
@@ -261,7 +268,7 @@ void openColorBarTaskpane() {
 void triggerColorThemeRefresh() {
     platform::nslog("ColorBar: 🎨 Theme refresh triggered from VBA");
     platform::mainAsync([] {
-        if (auto model = ColorBarContentManager::activeViewModel.lock()) model->refreshFromTheme();
+        if (auto model = ColorBarContentManager::activeViewModel().lock()) model->refreshFromTheme();
     });
 }
 

@@ -99,10 +99,11 @@ private:
 class ColorBarContentManager {
 public:
     // The pane's hosting view, held strongly: it and its view model live on
-    // after the pane closes, until the next load replaces them.
-    static std::shared_ptr<ui::HostingView> hostingController;
-    // The view model that theme refreshes go to.
-    static std::weak_ptr<ColorBarViewModel> activeViewModel;
+    // after the pane closes, until the next load replaces them. Made at
+    // first use and never destroyed, as late main-queue blocks may read it.
+    static std::shared_ptr<ui::HostingView>& hostingController();
+    // The view model that theme refreshes go to; made and kept the same way.
+    static std::weak_ptr<ColorBarViewModel>& activeViewModel();
 
     // Makes the view model and the pane's view, hands the view to the
     // completion, then starts a theme refresh. Main thread.

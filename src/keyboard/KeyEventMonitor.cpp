@@ -34,12 +34,13 @@ struct CompiledRow {
     std::string character;
 };
 
+// Never destroyed, like the table it points into.
 const std::vector<CompiledRow>& compiledRows() {
-    static const std::vector<CompiledRow> rows = [] {
-        std::vector<CompiledRow> compiled;
+    static const auto& rows = *[] {
+        auto* compiled = new std::vector<CompiledRow>;
         for (const auto& row : shortcutMappings()) {
-            compiled.push_back({&row, row.modifiers.rawValue, row.character.has_value(),
-                                row.character ? lowercasedCharacters(*row.character) : std::string()});
+            compiled->push_back({&row, row.modifiers.rawValue, row.character.has_value(),
+                                 row.character ? lowercasedCharacters(*row.character) : std::string()});
         }
         return compiled;
     }();

@@ -15,9 +15,9 @@ public:
     support::Published<ModifierFlags> modifierFlags;
 };
 
-// Made at first use and never replaced.
+// Made at first use, never replaced and never destroyed.
 inline ModifierKeyState& globalModifierKeyState() {
-    static ModifierKeyState state;
+    static auto& state = *new ModifierKeyState;
     return state;
 }
 

@@ -39,8 +39,11 @@ struct LastWalk {
     std::weak_ptr<platform::AXElement> found;
 };
 
-std::mutex lastWalkMutex;
-LastWalk& lastWalk = *new LastWalk();
+constinit std::mutex lastWalkMutex;
+LastWalk& lastWalk() {
+    static auto& walk = *new LastWalk();
+    return walk;
+}
 
 std::vector<platform::AXElementRef> walkElements(const platform::AXElementRef& element, AXElementSet& visited,
                                                  int depth, std::vector<WalkStep>* trace) {
@@ -112,14 +115,14 @@ std::string elementText(const platform::AXElement& element) {
 
 void keepWalk(LastWalk record) {
     std::lock_guard lock(lastWalkMutex);
-    lastWalk = std::move(record);
+    lastWalk() = std::move(record);
 }
 
 std::vector<std::string> describeLastWalk() {
     LastWalk walk;
     {
         std::lock_guard lock(lastWalkMutex);
-        walk = lastWalk;
+        walk = lastWalk();
     }
     const std::string prefix = "ribbon walk: ";
     if (walk.start == LastWalk::Start::noApplication) return {prefix + "no application"};

@@ -83,7 +83,9 @@ std::vector<ShortcutMapping> makeTable() {
 }  // namespace
 
 const std::vector<ShortcutMapping>& shortcutMappings() {
-    static const std::vector<ShortcutMapping> table = makeTable();
+    // Never destroyed: a queued key block holds a row's macro name, and
+    // may run while the process exits.
+    static const auto& table = *new const std::vector<ShortcutMapping>(makeTable());
     return table;
 }
 

@@ -11,11 +11,15 @@ namespace {
 // The installed platform lives in a shared_ptr that is only swapped by
 // install(); readers take the raw pointer, which stays valid because an
 // installed platform is kept until the process ends or a test replaces it.
-std::mutex installMutex;
-// Never destroyed: the library's own threads may still run while the
-// process exits, and nothing of the library is torn down.
-std::shared_ptr<Platform>& installed = *new std::shared_ptr<Platform>();
-std::atomic<Platform*> current{nullptr};
+constinit std::mutex installMutex;
+constinit std::atomic<Platform*> current{nullptr};
+
+// Made at first use and never destroyed: the library's own threads may still
+// run while the process exits, and nothing of the library is torn down.
+std::shared_ptr<Platform>& installed() {
+    static auto& platform = *new std::shared_ptr<Platform>();
+    return platform;
+}
 
 }  // namespace
 
@@ -23,17 +27,18 @@ Platform& get() {
     Platform* platform = current.load(std::memory_order_acquire);
     if (platform) return *platform;
     std::lock_guard lock(installMutex);
-    if (!installed) {
-        installed = makeDefaultPlatform();
-        current.store(installed.get(), std::memory_order_release);
+    auto& made = installed();
+    if (!made) {
+        made = makeDefaultPlatform();
+        current.store(made.get(), std::memory_order_release);
     }
-    return *installed;
+    return *made;
 }
 
 void install(std::shared_ptr<Platform> platform) {
     std::lock_guard lock(installMutex);
-    installed = std::move(platform);
-    current.store(installed.get(), std::memory_order_release);
+    installed() = std::move(platform);
+    current.store(installed().get(), std::memory_order_release);
 }
 
 void reportUncaught(std::string_view where, std::exception_ptr error) noexcept {

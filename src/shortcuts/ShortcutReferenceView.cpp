@@ -1,6 +1,9 @@
 #include "shortcuts/ShortcutReferenceView.h"
 
+#include <algorithm>
+#include <array>
 #include <set>
+#include <string_view>
 
 #include "platform/Platform.h"
 #include "support/Text.h"
@@ -13,11 +16,13 @@ namespace {
 }  // namespace
 
 bool isRelevant(const std::vector<std::string>& keys, ModifierFlags held) {
-    static const std::set<std::string> validModifiers = {"ctrl", "cmd", "opt", "shift"};
+    constexpr std::array<std::string_view, 4> validModifiers = {"ctrl", "cmd", "opt", "shift"};
     std::set<std::string> wanted;
     for (const auto& key : keys) {
         auto lower = support::lowercased(key);
-        if (validModifiers.count(lower)) wanted.insert(std::move(lower));
+        if (std::find(validModifiers.begin(), validModifiers.end(), lower) != validModifiers.end()) {
+            wanted.insert(std::move(lower));
+        }
     }
     std::set<std::string> pressed;
     if (held.contains(ModifierFlags::control)) pressed.insert("ctrl");

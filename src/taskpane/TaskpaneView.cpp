@@ -19,9 +19,9 @@ std::string css(const ui::Color& c) {
 }
 
 // The platform's system colours in the light appearance.
-const ui::Color windowBackgroundColor = ui::Color::rgb255(236, 236, 236);
-const ui::Color controlBackgroundColor = ui::colors::white;
-const ui::Color controlTextColor = ui::colors::black.opacity(0.85);
+constexpr ui::Color windowBackgroundColor = ui::Color::rgb255(236, 236, 236);
+constexpr ui::Color controlBackgroundColor = ui::colors::white;
+constexpr ui::Color controlTextColor = ui::colors::black.opacity(0.85);
 
 // Sizes the platform gives the label and the inline button by their text.
 constexpr double labelHeight = 17;

@@ -225,7 +225,10 @@ Node TemplateLibraryTaskpane::body(double) {
 
 // --- loading -------------------------------------------------------------------------
 
-std::shared_ptr<ui::HostingView> TemplateLibraryContentManager::hostingController;
+std::shared_ptr<ui::HostingView>& TemplateLibraryContentManager::hostingController() {
+    static auto& view = *new std::shared_ptr<ui::HostingView>();
+    return view;
+}
 
 std::shared_ptr<TemplateLibraryViewModel>& TemplateLibraryContentManager::viewModel() {
     // Lives as long as the process, as the sync it started may.
@@ -242,7 +245,7 @@ void TemplateLibraryContentManager::loadTemplateLibraryView(ContentCompletion co
     ui::invalidateOnChange(hosting, model->isLoading);
     ui::invalidateOnChange(hosting, model->categories);
     ui::invalidateOnChange(hosting, model->packs);
-    hostingController = hosting;
+    hostingController() = hosting;
     completion(hosting);
 }
 

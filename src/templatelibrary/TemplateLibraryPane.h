@@ -82,7 +82,8 @@ public:
     static void loadTemplateLibraryView(ContentCompletion completion);
 
 private:
-    static std::shared_ptr<ui::HostingView> hostingController;
+    // Made at first use and never destroyed, like the view model.
+    static std::shared_ptr<ui::HostingView>& hostingController();
 };
 
 }  // namespace velmora

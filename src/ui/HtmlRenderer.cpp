@@ -750,7 +750,7 @@ void renderViewInto(const platform::View& view, std::string& out) {
 }  // namespace
 
 const std::string& htmlStyleSheet() {
-    static const std::string sheet(kStyleSheet);
+    static const auto& sheet = *new const std::string(kStyleSheet);
     return sheet;
 }
 
@@ -777,7 +777,7 @@ std::string renderView(const platform::View& view) {
 }
 
 std::string symbolGlyph(const std::string& name) {
-    static const std::map<std::string, std::string> glyphs = {
+    static const auto& glyphs = *new const std::map<std::string, std::string>{
         {"info.circle", "\u24D8"},
         {"chevron.up", "\u2303"},
         {"chevron.down", "\u2304"},

@@ -52,7 +52,7 @@ namespace velmora::ui {
 struct Color {
     double red = 0, green = 0, blue = 0, alpha = 1;
     bool operator==(const Color&) const = default;
-    Color opacity(double factor) const { return {red, green, blue, alpha * factor}; }
+    constexpr Color opacity(double factor) const { return {red, green, blue, alpha * factor}; }
     static constexpr Color rgb255(double r, double g, double b, double a = 1) { return {r / 255, g / 255, b / 255, a}; }
 };
 

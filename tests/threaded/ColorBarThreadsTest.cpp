@@ -48,7 +48,7 @@ TEST(ColorBarThreads, AThousandRefreshesWhileThePaneOpensAndCloses) {
     EXPECT_GT(std::count(macros.begin(), macros.end(), "GetThemeColorsHexCsv"), 500);
 
     // Every fetch that ended after the theme changed read the new one.
-    auto model = ColorBarContentManager::activeViewModel.lock();
+    auto model = ColorBarContentManager::activeViewModel().lock();
     ASSERT_TRUE(model);
     const auto rows = model->rows.get();
     ASSERT_EQ(rows.size(), 10u);

@@ -25,7 +25,7 @@ protected:
     void SetUp() override {
         PlatformTest::SetUp();
         // The manager's slots live as long as the process; each test starts without a pane.
-        ColorBarContentManager::hostingController.reset();
+        ColorBarContentManager::hostingController().reset();
         fake.script->answer("GetThemeColorsHexCsv", tenColours);
     }
 
@@ -60,7 +60,7 @@ protected:
 
     std::vector<std::string> rowNames() {
         std::vector<std::string> names;
-        for (const auto& row : ColorBarContentManager::activeViewModel.lock()->rows.get()) names.push_back(row.name);
+        for (const auto& row : ColorBarContentManager::activeViewModel().lock()->rows.get()) names.push_back(row.name);
         return names;
     }
 
@@ -72,7 +72,7 @@ TEST_F(ColorBarPaneTest, HandsOverItsViewFirstAndThenFetchesTheTheme) {
     EXPECT_FALSE(pane->translatesAutoresizingMaskIntoConstraints);
     EXPECT_EQ(pane->horizontalContentHuggingPriority, 750);
     EXPECT_EQ(pane->horizontalCompressionResistancePriority, 1000);
-    EXPECT_EQ(ColorBarContentManager::hostingController, pane);
+    EXPECT_EQ(ColorBarContentManager::hostingController(), pane);
     // Until the fetch is back the chips show the fallback theme's named colours.
     EXPECT_TRUE(fake.script->scripts().empty());
     EXPECT_EQ(fake.dispatch->globalQualities(), std::vector{platform::QualityOfService::userInitiated});
@@ -99,7 +99,7 @@ TEST_F(ColorBarPaneTest, RepliesThatGiveNoRowsKeepWhatIsShown) {
     open();
     for (const char* reply : {"", ",,,"}) {
         fake.script->answer("GetThemeColorsHexCsv", reply);
-        ColorBarContentManager::activeViewModel.lock()->refreshFromTheme();
+        ColorBarContentManager::activeViewModel().lock()->refreshFromTheme();
         fake.dispatch->runUntilIdle();
         EXPECT_EQ(rowNames().size(), 10u) << reply;
         EXPECT_EQ(fillOf("Apply Fill", 9), ui::colors::purple) << "still the fallback after " << reply;
@@ -122,7 +122,7 @@ TEST_F(ColorBarPaneTest, AnUnfoldedRowStaysUnfoldedAcrossARefreshAndShadesTheNew
     fake.script->answer("GetThemeColorsHexCsv", "#000000,#FFFFFF,#44546A,#E7E6E6,#4472C4,#00FF00,#A5A5A5,#FFC000,#5B9BD5,#70AD47");
     triggerColorThemeRefresh();
     fake.dispatch->runUntilIdle();
-    EXPECT_EQ(ColorBarContentManager::activeViewModel.lock()->expandedThemes.get(), std::set<std::string>{"Accent2"});
+    EXPECT_EQ(ColorBarContentManager::activeViewModel().lock()->expandedThemes.get(), std::set<std::string>{"Accent2"});
     EXPECT_EQ(fillOf("Fill", 1), adjust(ui::Color{0, 1, 0, 1}, 0.8));
     EXPECT_EQ(fillOf("Fill", 5), adjust(ui::Color{0, 1, 0, 1}, -0.5));
 
