@@ -278,6 +278,14 @@ def first_failure(output):
             return hit.group(1).strip()
     return ''
 
+# A mutant counts as killed only if the tests pass without it.
+print('running the tests on the unmutated copy ...', flush=True)
+for stage, cmd, cwd in stages(time.time() + limit):
+    baseline = run(cmd, cwd=cwd, env=env)
+    if baseline.returncode:
+        sys.exit(f'the unmutated copy fails its {stage} tests ({first_failure(baseline.stdout)}): '
+                 'fix that first, or no mutant can be told apart')
+
 results = []
 started = time.time()
 for i, (path, site) in enumerate(mutants, 1):
