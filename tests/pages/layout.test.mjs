@@ -302,5 +302,6 @@ test('modifiers: a padded shape inset in its colour, opacity, transforms, border
   near(boxes.maxWidth.frame.width, 60, 'a greatest width');
   assert.ok((await lineCount(page, 'maxWidth')) > 1, 'the text wraps in its greatest width');
   near(boxes.minWidth.frame.width, 90, 'a least width');
+  near(boxes.afterMenu.y, boxes.menu.bottom + 10, 'what follows a menu shows after it');
   await page.close();
 });
