@@ -668,7 +668,7 @@ const char* kStyleSheet = R"CSS(
 .v-vstack { display: flex; flex-direction: column; min-width: 0; }
 .v-hstack { display: flex; flex-direction: row; min-width: 0; }
 .v-hstack > .v-hstack { min-width: auto; }
-.v-zstack { display: grid; }
+.v-zstack { display: grid; grid-template-rows: minmax(0, 1fr); }
 .v-zstack > * { grid-area: 1 / 1; position: relative; }
 .v-grid { display: grid; }
 .v-frame { display: flex; flex-direction: column; flex-shrink: 1; }

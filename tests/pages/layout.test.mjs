@@ -305,3 +305,15 @@ test('modifiers: a padded shape inset in its colour, opacity, transforms, border
   near(boxes.afterMenu.y, boxes.menu.bottom + 10, 'what follows a menu shows after it');
   await page.close();
 });
+
+test('a layer holding a scroll view takes its layered stack\'s height and scrolls the rest', async () => {
+  const { page, boxes } = await open('scroll-layer');
+  near(boxes.layer.y, boxes.backdrop.y, 'from the top');
+  near(boxes.layer.height, 100, 'as tall as the backdrop');
+  const scroller = await page.evaluate(() => {
+    const element = document.querySelector('[data-id="layerScroll"]');
+    return { height: element.clientHeight, content: element.scrollHeight };
+  });
+  assert.deepEqual(scroller, { height: 100, content: 150 });
+  await page.close();
+});
