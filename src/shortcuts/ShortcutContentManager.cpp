@@ -1,5 +1,6 @@
 #include "shortcuts/ShortcutContentManager.h"
 
+#include <algorithm>
 #include <map>
 
 #include "bridge/Exports.h"
@@ -22,24 +23,39 @@ std::shared_ptr<platform::View> statusView(const char* message, ui::Color color)
     return ui::HostingView::make([text, color](double) { return ui::text(text).foregroundColor(color); });
 }
 
-// The pane's state: the catalogue as read at opening, and which icons load.
+// The pane's state: the catalogue as read at opening, which icons load,
+// and, for a list built as a window, where its scroll view stands.
 struct ReferencePane {
     ResponsiveShortcutsView view;
     std::map<std::string, bool> iconLoads;
+    std::weak_ptr<ui::HostingView> hosting;
+    double scrollOffset = 0;
 };
 
-std::shared_ptr<platform::View> catalogueView(std::vector<Shortcut> shortcuts) {
+std::shared_ptr<platform::View> catalogueView(ResponsiveShortcutsView view) {
     auto pane = std::make_shared<ReferencePane>();
-    auto groups = groupShortcuts(shortcuts);
-    pane->view = ResponsiveShortcutsView{std::move(groups.categories), std::move(groups.grouped)};
+    pane->view = std::move(view);
     auto hosting = ui::HostingView::make([pane](double width) {
         IconCheck check = [pane](const std::string& path) {
             auto [entry, isNew] = pane->iconLoads.try_emplace(path, false);
             if (isNew) entry->second = ui::canLoadImage(path);
             return entry->second;
         };
-        return pane->view.body(width, globalModifierKeyState().modifierFlags.get(), check);
+        const auto view = pane->hosting.lock();
+        ReferenceViewport viewport{pane->scrollOffset, view ? view->frame().height : 0};
+        ui::Node list = pane->view.body(width, globalModifierKeyState().modifierFlags.get(), check, viewport);
+        if (pane->view.buildsWindow()) {
+            std::weak_ptr<ReferencePane> weak = pane;
+            list.onScroll = [weak](double offset) {
+                auto self = weak.lock();
+                if (!self) return;
+                self->scrollOffset = std::max(0.0, offset);
+                if (auto shown = self->hosting.lock()) shown->invalidate();
+            };
+        }
+        return list;
     });
+    pane->hosting = hosting;
 
     // Each published change of the held modifiers redraws the rows.
     ui::invalidateOnChange(hosting, globalModifierKeyState().modifierFlags);
@@ -56,15 +72,17 @@ void ShortcutContentManager::loadShortcutsView(Completion completion) {
             return;
         }
         // The parse result is not looked at: records before a fault stand.
-        auto parser = std::make_shared<ShortcutXMLParser>();
-        parseShortcutXML(*document, *parser);
-        platform::mainAsync([completion, parser] {
-            if (parser->shortcuts.empty()) {
-                completion(statusView("No shortcuts found", ui::colors::gray));
-                return;
-            }
-            completion(catalogueView(std::move(parser->shortcuts)));
-        });
+        ShortcutXMLParser parser;
+        parseShortcutXML(*document, parser);
+        document.reset();
+        if (parser.shortcuts.empty()) {
+            platform::mainAsync([completion] { completion(statusView("No shortcuts found", ui::colors::gray)); });
+            return;
+        }
+        // Grouped here, off the main thread, keeping of each record what the pane shows.
+        auto view =
+            std::make_shared<ResponsiveShortcutsView>(ResponsiveShortcutsView::make(std::move(parser.shortcuts)));
+        platform::mainAsync([completion, view] { completion(catalogueView(std::move(*view))); });
     });
 }
 

@@ -190,9 +190,11 @@ void ShortcutXMLParser::foundCharacters(std::string_view chunk) {
 
 void ShortcutXMLParser::didEndElement(std::string_view elementName) {
     if (elementName == "object") {
-        std::vector<std::string> keys;
-        for (const auto& part : splitShortcutKeys(currentShortcut)) {
-            keys.emplace_back(trimmed(part, isBlank));
+        // Trimmed in place: a catalogue may hold a great many keys.
+        std::vector<std::string> keys = splitShortcutKeys(currentShortcut);
+        for (auto& key : keys) {
+            const std::string_view kept = trimmed(key, isBlank);
+            if (kept.size() != key.size()) key = std::string(kept);
         }
         Shortcut shortcut;
         shortcut.category = currentCategory;
@@ -213,7 +215,10 @@ void ShortcutXMLParser::resetCurrent() {
 }
 
 std::vector<std::string> splitShortcutKeys(std::string_view text) {
+    std::size_t count = 1;
+    for (auto at = text.find(", "); at != std::string_view::npos; at = text.find(", ", at + 2)) ++count;
     std::vector<std::string> parts;
+    parts.reserve(count);
     std::size_t at = 0;
     for (;;) {
         auto separator = text.find(", ", at);
