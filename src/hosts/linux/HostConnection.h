@@ -8,12 +8,14 @@
 // windows, accessibility tree, web views, events); the library supplies
 // the rest (files below `fileRoot`, HTTP, processes, config defaults). The
 // log always goes to the host's port when there is one, and to stderr as
-// well when `logToStderr` is set.
+// well when `logToStderr` is set. A host that sets `faults` gets the
+// assembled ports wrapped in fault injection (see FaultInjection.h).
 #pragma once
 
 #include <memory>
 #include <string>
 
+#include "hosts/common/FaultInjection.h"
 #include "platform/Platform.h"
 
 namespace velmora::hosts::linuxhost {
@@ -26,6 +28,8 @@ struct HostConnection {
     // The home directory as the library sees it; empty means $HOME.
     std::string homeDirectory;
     bool logToStderr = true;
+    // Counts the calls of every port and fails the one it names; none: no wrapper.
+    std::shared_ptr<hosts::FaultPlan> faults;
 };
 
 using HostEntry = const HostConnection* (*)();

@@ -139,6 +139,8 @@ std::shared_ptr<Platform> makeDefaultPlatform() {
                                                                             defaultTemplateRequestPageURL);
     if (!platform->inspection) platform->inspection = std::make_shared<IgnoredInspection>();
     if (!platform->panes) platform->panes = std::make_shared<IgnoredPaneHost>();
+    // Last, so that the host's ports and the library's own are wrapped alike.
+    if (host && host->faults) return hosts::withFaults(platform, host->faults);
     return platform;
 }
 
