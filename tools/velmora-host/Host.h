@@ -179,6 +179,8 @@ public:
     // could not start (the library then meets refused connections).
     cloud::Cloud* cloud() const { return cloud_.get(); }
     void setLogToStderr(bool on) { connection_.logToStderr = on; }
+    // Before the library's first use: its ports count calls and fail as the plan says.
+    void setFaultPlan(std::shared_ptr<hosts::FaultPlan> plan) { connection_.faults = std::move(plan); }
 
 private:
     Host();
