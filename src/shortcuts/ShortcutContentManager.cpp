@@ -23,8 +23,9 @@ std::shared_ptr<platform::View> statusView(const char* message, ui::Color color)
     return ui::HostingView::make([text, color](double) { return ui::text(text).foregroundColor(color); });
 }
 
-// The pane's state: the catalogue as read at opening, which icons load,
-// and, for a list built as a window, where its scroll view stands.
+// The pane's state: the catalogue as read at opening, which icons load in
+// the drawing under way, and, for a list built as a window, where its
+// scroll view stands.
 struct ReferencePane {
     ResponsiveShortcutsView view;
     std::map<std::string, bool> iconLoads;
@@ -36,6 +37,9 @@ std::shared_ptr<platform::View> catalogueView(ResponsiveShortcutsView view) {
     auto pane = std::make_shared<ReferencePane>();
     pane->view = std::move(view);
     auto hosting = ui::HostingView::make([pane](double width) {
+        // Icon files are looked at anew at every drawing, so one installed
+        // while the pane is open shows at the next.
+        pane->iconLoads.clear();
         IconCheck check = [pane](const std::string& path) {
             auto [entry, isNew] = pane->iconLoads.try_emplace(path, false);
             if (isNew) entry->second = ui::canLoadImage(path);

@@ -39,7 +39,7 @@ inline constexpr std::size_t maxShownChips = 57;
 static_assert(maxShownChips * 2 * 2.2 >= 250);
 
 // Whether the file at `path` can be shown as an image; asked once per path
-// and pane.
+// and drawing.
 using IconCheck = std::function<bool(const std::string& path)>;
 
 // One catalogue row: its first maxShownChips keys as chips, lit by

@@ -105,5 +105,23 @@ TEST_F(ShortcutContentTest, TheCatalogueIsReadAtEveryOpeningAndFollowsTheHeldMod
     EXPECT_EQ(ui::findText(again->tree(), "Align Top"), nullptr);
 }
 
+TEST_F(ShortcutContentTest, AnIconInstalledWhileThePaneIsOpenShowsAtTheNextDrawing) {
+    writeCatalogue("<s><object><category>Arrange</category><name>Align Top</name><shortcut>Ctrl</shortcut>"
+                   "<img>Late.png</img></object></s>");
+    auto view = load();
+    ASSERT_TRUE(view);
+    auto icon = [&] {
+        return ui::findNode(view->tree(), [](const Node& node) { return node.kind == ui::Kind::image; });
+    };
+    ASSERT_TRUE(icon());
+    EXPECT_EQ(icon()->text, "") << "an empty image keeps the frame";
+
+    const std::string png("\x89PNG\r\n\x1a\n\0\0\0\rIHDR\0\0\0\x01\0\0\0\x01\x08\x06\0\0\0", 29);
+    fake.files->createDirectories(shortcutIconsDirectory, nullptr);
+    ASSERT_TRUE(fake.files->write(std::string(shortcutIconsDirectory) + "Late.png", png, false, nullptr));
+    globalModifierKeyState().modifierFlags.set({ctrl});  // any change redraws
+    EXPECT_EQ(icon()->text, std::string(shortcutIconsDirectory) + "Late.png");
+}
+
 }  // namespace
 }  // namespace velmora
