@@ -116,7 +116,9 @@ TEST(UiNode, IdealSizesAddUpChildrenSpacingPaddingAndFrames) {
     EXPECT_TRUE(near(idealSize(vstack(Alignment::center, 0, {text("ab"), text("ab")}).font(10)), 11, 24));
     EXPECT_TRUE(near(idealSize(button(hstack(Alignment::center, 2, {text("ab").font(10), text("ab").font(10)}), [] {})),
                      24, 12));
+    // A toggle's box is 18 points; a larger font makes its line taller.
     EXPECT_TRUE(near(idealSize(toggle("ab", true, [] {}).font(10)), 18 + 11, 18));
+    EXPECT_TRUE(near(idealSize(toggle("ab", true, [] {}).font(20)), 18 + 22, 24));
     // A popover is as large as its anchor; its content floats.
     EXPECT_TRUE(near(idealSize(popover(text("ab").font(10), text("a long content").font(10), true)), 11, 12));
     EXPECT_TRUE(near(idealSize(grid(3, 2, {text("ab").font(10), text("ab").font(10), text("ab").font(10),
