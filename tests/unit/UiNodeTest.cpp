@@ -90,13 +90,14 @@ TEST(UiNode, GridsHaveAtLeastOneColumnAndDescriptionsShowWhatIsSet) {
     EXPECT_EQ(grid(-2, 4, {}).columns, 1);
     EXPECT_EQ(grid(3, 4, {}).columns, 3);
 
-    Node tree = hstack({spacer(12), spacer(),
+    Node tree = hstack({spacer(12), spacer(1), spacer(),
                         text("Ctrl").font(9, FontWeight::regular, FontDesign::monospaced).fixedSize().foregroundColor(
                             colors::white),
                         scroll(Axis::horizontal, text("Row")).opacity(0.5)});
     EXPECT_EQ(describeTree(tree), (std::vector<std::string>{
                                       "hstack",
                                       "  spacer min 12.0",
+                                      "  spacer min 1.0",
                                       "  spacer",
                                       "  text \"Ctrl\" font 9.0 regular monospaced fg rgba(255,255,255,1.0) fixed",
                                       "  scroll horizontal opacity 0.5",
