@@ -1,7 +1,7 @@
 // Text helpers shared by every subsystem: the printed forms of values as
 // the log shows them, and locale-independent number formatting.
 //
-// Provides: swiftDescription(double), quoted() (and their append forms), arrayDescription(),
+// Provides: swiftDescription(double), quoted() (and their append forms), oneLine(), arrayDescription(),
 // formatFixed(), trim helpers, lowercased(), hexDigitValue(), base64Encoded(),
 // base64Decoded(), percentEncoded(), percentDecoded().
 #pragma once
@@ -26,6 +26,10 @@ void appendSwiftDescription(std::string& out, double value);
 // it is.
 std::string quoted(std::string_view text);
 void appendQuoted(std::string& out, std::string_view text);
+
+// The text on one line: line feed and carriage return written as \n and
+// \r, other control characters and DEL as \u{1b}.
+std::string oneLine(std::string_view text);
 
 // A bracketed, comma-separated list of quoted strings: ["a", "b"].
 std::string arrayDescription(const std::vector<std::string>& items);

@@ -484,20 +484,6 @@ const char* designName(FontDesign design) {
     return "standard";
 }
 
-const char* alignmentName(Alignment alignment) {
-    switch (alignment) {
-        case Alignment::center: return "center";
-        case Alignment::leading: return "leading";
-        case Alignment::trailing: return "trailing";
-        case Alignment::top: return "top";
-        case Alignment::bottom: return "bottom";
-        case Alignment::topLeading: return "topLeading";
-        case Alignment::topTrailing: return "topTrailing";
-        case Alignment::bottomLeading: return "bottomLeading";
-        case Alignment::bottomTrailing: return "bottomTrailing";
-    }
-    return "center";
-}
 
 void describeInto(const Node& node, int depth, std::vector<std::string>& lines) {
     std::string line(static_cast<std::size_t>(depth) * 2, ' ');
@@ -656,6 +642,21 @@ std::vector<std::string> describeTree(const Node& root) {
     std::vector<std::string> lines;
     describeInto(root, 0, lines);
     return lines;
+}
+
+const char* alignmentName(Alignment alignment) {
+    switch (alignment) {
+        case Alignment::center: return "center";
+        case Alignment::leading: return "leading";
+        case Alignment::trailing: return "trailing";
+        case Alignment::top: return "top";
+        case Alignment::bottom: return "bottom";
+        case Alignment::topLeading: return "topLeading";
+        case Alignment::topTrailing: return "topTrailing";
+        case Alignment::bottomLeading: return "bottomLeading";
+        case Alignment::bottomTrailing: return "bottomTrailing";
+    }
+    return "center";
 }
 
 }  // namespace velmora::ui

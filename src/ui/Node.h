@@ -98,6 +98,8 @@ struct Font {
 // stack uses the horizontal part (leading/center/trailing), a horizontal one
 // the vertical part (top/center/bottom).
 enum class Alignment { center, leading, trailing, top, bottom, topLeading, topTrailing, bottomLeading, bottomTrailing };
+// The alignment's name as descriptions write it: "topLeading".
+const char* alignmentName(Alignment alignment);
 
 enum class Axis { vertical, horizontal };
 

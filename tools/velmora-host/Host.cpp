@@ -13,6 +13,7 @@
 #include "Cloud.h"
 #include "document/Macros.h"
 #include "platform/Platform.h"
+#include "support/Text.h"
 
 namespace velmora::host {
 
@@ -407,23 +408,8 @@ void Host::emit(const std::string& text) {
     std::fflush(stdout);
 }
 
-std::string Host::oneLine(const std::string& text) {
-    std::string out;
-    out.reserve(text.size());
-    for (char c : text) {
-        if (c == '\n') {
-            out += "\\n";
-        } else if (c == '\r') {
-            out += "\\r";
-        } else if (static_cast<unsigned char>(c) < 0x20 || c == 0x7f) {
-            // Other control characters (Escape, the keypad's Enter) stay visible.
-            out += fmt::format("\\u{{{:x}}}", static_cast<unsigned>(static_cast<unsigned char>(c)));
-        } else {
-            out += c;
-        }
-    }
-    return out;
-}
+// Other control characters (Escape, the keypad's Enter) stay visible.
+std::string Host::oneLine(const std::string& text) { return support::oneLine(text); }
 
 bool Host::isMainThread() const { return std::this_thread::get_id() == mainThread_; }
 

@@ -4,6 +4,8 @@
 #include <cstdint>
 #include <filesystem>
 
+#include "support/Text.h"
+
 namespace velmora::hosts {
 
 namespace {
@@ -40,22 +42,6 @@ const PointInfo& info(FaultPoint point) { return points[static_cast<std::size_t>
 
 std::string fileName(const std::string& path) { return std::filesystem::path(path).filename().string(); }
 
-// A marker stays one line whatever the path or script holds.
-std::string oneLine(std::string_view text) {
-    std::string out;
-    out.reserve(text.size());
-    for (char c : text) {
-        if (c == '\n') {
-            out += "\\n";
-        } else if (c == '\r') {
-            out += "\\r";
-        } else {
-            out += c;
-        }
-    }
-    return out;
-}
-
 // Shared by the wrappers: the plan and where markers go.
 struct Injector {
     std::shared_ptr<FaultPlan> plan;
@@ -77,7 +63,7 @@ struct Injector {
     }
     void mark(FaultPoint point, long number, std::string_view detail, std::string_view suffix = {}) {
         std::string line = "fault: " + std::string(faultPointName(point)) + " #" + std::to_string(number);
-        if (!detail.empty()) line += " " + oneLine(detail);
+        if (!detail.empty()) line += " " + support::oneLine(detail);  // a marker stays one line
         line += suffix;
         log->nslog(line);
     }
