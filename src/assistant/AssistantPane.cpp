@@ -137,9 +137,9 @@ ui::Node AssistantPaneState::body(double width) {
     auto missed = model.missed.get();
     forgetRowsOtherThan(recommendations, missed);
     // Icon files are looked at anew at every drawing, so one installed while
-    // the pane is open shows at the next; a path asked twice in one drawing
-    // is read once.
-    icons_.clear();
+    // the pane is open shows at the next; a glow's frames only restyle the
+    // rows and reuse the answers, and a path asked twice is read once.
+    if (!glowFrame_) icons_.clear();
     std::weak_ptr<AssistantPaneState> weak = weak_from_this();
     ShortcutPaneContext context;
     context.missedExpanded = missedExpanded_;
@@ -249,7 +249,11 @@ void AssistantPaneState::redraw() {
         auto state = weak.lock();
         if (!state) return;
         state->redrawPending_ = false;
-        if (auto view = state->view_.lock()) view->invalidate();
+        if (auto view = state->view_.lock()) {
+            state->glowFrame_ = true;
+            view->invalidate();
+            state->glowFrame_ = false;
+        }
     });
 }
 

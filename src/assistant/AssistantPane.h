@@ -92,6 +92,7 @@ private:
     std::map<std::string, bool> icons_;
     std::weak_ptr<ui::HostingView> view_;
     bool redrawPending_ = false;
+    bool glowFrame_ = false;  // the drawing under way is a glow's frame
 };
 
 // The ease-out timing curve: the share of the change done at `progress`.
