@@ -4,7 +4,7 @@
 # Usage: scripts/setup.sh [--pages]   (--pages adds Chromium and Node for page tests)
 set -euo pipefail
 
-packages=(cmake ninja-build g++ pkg-config locales
+packages=(cmake ninja-build g++ pkg-config locales python3
   libfmt-dev nlohmann-json3-dev libsimdjson-dev libexpat1-dev libcurl4-openssl-dev
   libcpp-httplib-dev libcairo2-dev uuid-dev libicu-dev libgtest-dev libgmock-dev libbenchmark-dev)
 if [[ "${1:-}" == "--pages" ]]; then

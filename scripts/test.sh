@@ -2,6 +2,7 @@
 # Every test: install what is missing, then build and run
 #   1. all tests (unit, threaded, scenarios, the tour) in the default build,
 #   2. the unit and scenario tests under AddressSanitizer + UndefinedBehaviorSanitizer,
+#      and fault injection at every port in that build,
 #   3. the threaded and scenario tests under ThreadSanitizer,
 #   4. the page tests in headless Chromium,
 #   5. the benchmarks, once each, briefly, so they keep building and running.
@@ -34,6 +35,9 @@ step "AddressSanitizer + UndefinedBehaviorSanitizer"
 cmake --preset asan >/dev/null
 cmake --build --preset asan -j "$jobs"
 counted ctest --preset asan -j "$jobs" -L 'unit|scenario'
+step "fault injection at every port (one line per port: faults injected, survived)"
+python3 tests/faults/run.py --host build/asan/tools/velmora-host/velmora-host --jobs 2 \
+  --report build/asan/faults-report.txt
 
 step "ThreadSanitizer"
 cmake --preset tsan >/dev/null
