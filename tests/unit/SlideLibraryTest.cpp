@@ -471,11 +471,11 @@ TEST_F(SlideLibraryTest, SaveWritesEveryMatchingRecordAndKeepsTheRest) {
     fake.dispatch->runUntilIdle();
     EXPECT_FALSE(controller->hasVisibleWindow());
     const auto saved = nlohmann::ordered_json::parse(file());
-    EXPECT_EQ(saved[0]["Tags"], nlohmann::json({"New", "old"}));
-    EXPECT_EQ(saved[0]["Extra"], nlohmann::json({1, 2.5}));
+    EXPECT_EQ(saved[0]["Tags"], nlohmann::ordered_json({"New", "old"}));
+    EXPECT_EQ(saved[0]["Extra"], nlohmann::ordered_json({1, 2.5}));
     EXPECT_EQ(saved[0].begin().key(), "FullSlideName") << "keys keep their order";
-    EXPECT_EQ(saved[1]["Tags"], nlohmann::json({"keep"}));
-    EXPECT_EQ(saved[2]["Tags"], nlohmann::json({"New", "old"}));
+    EXPECT_EQ(saved[1]["Tags"], nlohmann::ordered_json({"keep"}));
+    EXPECT_EQ(saved[2]["Tags"], nlohmann::ordered_json({"New", "old"}));
     EXPECT_EQ(file().find(" : "), file().find("\"FullSlideName\" : ") + 15) << "pretty-printed";
 }
 

@@ -412,7 +412,8 @@ void installDocumentMacros(Host& host) {
         {"InsertLine", insertLine},
     };
     for (const auto& [name, edit] : edits) {
-        host.handleMacro(name, [&host, edit](const MacroCall& call) -> std::optional<std::string> {
+        // Copied by name: clang 14 cannot capture a structured binding.
+        host.handleMacro(name, [&host, edit = edit](const MacroCall& call) -> std::optional<std::string> {
             host.document().with([&](DocumentState& doc) { edit(doc, call); });
             return std::nullopt;
         });
