@@ -69,30 +69,14 @@ void runLine(const Arguments& words) {
 
 std::vector<std::string> tokenize(const std::string& line, const std::string& baseDirectory) {
     std::vector<std::string> words;
-    std::size_t at = 0;
-    while (at < line.size()) {
-        if (line[at] == ' ' || line[at] == '\t' || line[at] == '\r') {
-            ++at;
+    for (auto& word : splitLine(line)) {
+        if (!word.file) {
+            words.push_back(std::move(word.text));
             continue;
         }
-        if (line[at] == '#') break;
-        std::string word;
-        if (line[at] == '\'') {
-            auto close = line.find('\'', at + 1);
-            if (close == std::string::npos) throw ScenarioError("unclosed single quote");
-            word = line.substr(at + 1, close - at - 1);
-            at = close + 1;
-        } else {
-            auto end = line.find_first_of(" \t\r", at);
-            word = line.substr(at, end == std::string::npos ? std::string::npos : end - at);
-            at = end == std::string::npos ? line.size() : end;
-            if (word.size() > 1 && word.front() == '@') {
-                std::filesystem::path path(word.substr(1));
-                if (path.is_relative() && !baseDirectory.empty()) path = std::filesystem::path(baseDirectory) / path;
-                word = readFile(path.string());
-            }
-        }
-        words.push_back(std::move(word));
+        std::filesystem::path path(word.text);
+        if (path.is_relative() && !baseDirectory.empty()) path = std::filesystem::path(baseDirectory) / path;
+        words.push_back(readFile(path.string()));
     }
     return words;
 }

@@ -18,6 +18,16 @@ namespace velmora::host {
 // Splits one line; throws ScenarioError on an unclosed quote or an unreadable @file.
 std::vector<std::string> tokenize(const std::string& line, const std::string& baseDirectory);
 
+// One word of a line before any file is read.
+struct LineWord {
+    std::string text;
+    bool file = false;  // `@path`: `text` is the path, and the file's bytes stand for the word
+};
+// The words of one line as tokenize() splits them, reading no file; throws
+// ScenarioError on an unclosed quote. Apart from the simulator's state, so
+// the fuzz target can call it.
+std::vector<LineWord> splitLine(const std::string& line);
+
 using Arguments = std::vector<std::string>;
 
 struct Command {
