@@ -1,7 +1,8 @@
 #!/usr/bin/env bash
 # Every test: install what is missing, then build and run
 #   1. all tests (unit, threaded, scenarios, the tour) in the default build,
-#   2. the unit and scenario tests under AddressSanitizer + UndefinedBehaviorSanitizer,
+#   2. the unit and scenario tests under AddressSanitizer + UndefinedBehaviorSanitizer
+#      (a clang build), then each fuzz target of that build for a few seconds,
 #      and fault injection at every port in that build,
 #   3. the threaded and scenario tests under ThreadSanitizer,
 #   4. the page tests in headless Chromium,
@@ -32,9 +33,17 @@ cmake --build --preset default -j "$jobs"
 counted ctest --preset default -j "$jobs"
 
 step "AddressSanitizer + UndefinedBehaviorSanitizer"
-cmake --preset asan >/dev/null
+# A folder configured with another compiler starts afresh: on a changed
+# compiler CMake drops the cache and with it the preset's other values.
+fresh=()
+if [[ -f build/asan/CMakeCache.txt ]] && ! grep -q '^CMAKE_CXX_COMPILER:.*clang' build/asan/CMakeCache.txt; then
+  fresh=(--fresh)
+fi
+cmake --preset asan "${fresh[@]}" >/dev/null
 cmake --build --preset asan -j "$jobs"
 counted ctest --preset asan -j "$jobs" -L 'unit|scenario'
+step "fuzz targets (kept findings and seeds replayed, then 3 s each)"
+scripts/fuzz.sh --build-dir build/asan --brief 3
 step "fault injection at every port (one line per port: faults injected, survived)"
 python3 tests/faults/run.py --host build/asan/tools/velmora-host/velmora-host --jobs 2 \
   --report build/asan/faults-report.txt
