@@ -58,6 +58,13 @@ TEST_F(TaskpaneViewTest, PartsSettledValuesAndLayout) {
     EXPECT_EQ(pane->resizeHandle->frame(), (platform::Rect{0, 0, 10, 700}));
     EXPECT_EQ(pane->closeButton->frame().x + pane->closeButton->frame().width, 240);
     EXPECT_EQ(pane->titleLabel->frame().x, 10);
+
+    // The open hand covers the whole handle, from its own origin.
+    pane->resizeHandle->cursorRects.clear();
+    pane->resizeHandle->resetCursorRects();
+    ASSERT_EQ(pane->resizeHandle->cursorRects.size(), 1u);
+    EXPECT_EQ(pane->resizeHandle->cursorRects[0].rect, (platform::Rect{0, 0, 10, 700}));
+    EXPECT_EQ(pane->resizeHandle->cursorRects[0].cursor, "openHandCursor");
 }
 
 TEST_F(TaskpaneViewTest, NamedColoursFallBackToSystemColoursWhenTheHostHasNone) {
@@ -161,6 +168,34 @@ TEST_F(TaskpaneViewTest, TheHostReachesThePaneThroughItsAccess) {
     pane.reset();
     EXPECT_TRUE(access->describe().empty());  // the access holds the pane weakly
     EXPECT_FALSE(access->tap("Add", 1));
+}
+
+TEST_F(TaskpaneViewTest, APaneWithoutHostedContentOffersNoControlsButSaysWhatItHolds) {
+    auto pane = dockedPane();
+    const auto* access = fake.panes->accessFor(pane);
+    ASSERT_NE(access, nullptr);
+    auto reachesNothing = [&] {
+        EXPECT_FALSE(access->tap("Add", 1));
+        EXPECT_FALSE(access->hover("Add", 1, true));
+        EXPECT_FALSE(access->type("Name", 1, "x"));
+        EXPECT_FALSE(access->pick("Tags", 1, "x"));
+        EXPECT_FALSE(access->scroll(10));
+        EXPECT_FALSE(access->pressDefault());
+        EXPECT_TRUE(access->webViews().empty());
+    };
+    ASSERT_EQ(access->describe().size(), 2u);
+    EXPECT_EQ(access->describe()[1], "  (no content)");
+    reachesNothing();
+
+    pane->setContentView(std::make_shared<hosts::MemoryView>("NSTextView"));
+    ASSERT_EQ(access->describe().size(), 2u);
+    EXPECT_EQ(access->describe()[1], "  NSTextView (0.0, 0.0, 250.0, 677.0)");
+    reachesNothing();
+
+    // Setting no content empties the container.
+    pane->setContentView(nullptr);
+    EXPECT_TRUE(pane->contentContainer->subviews().empty());
+    EXPECT_EQ(access->describe()[1], "  (no content)");
 }
 
 }  // namespace
