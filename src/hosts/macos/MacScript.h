@@ -2,8 +2,9 @@
 //
 // Provides: MacScript. Each text is compiled and run as a new script
 // object; the error dictionary is read for its message and number, and the
-// result descriptor for its string value. NSAppleScript belongs to the main
-// thread, so a call from another thread waits for the main queue to run it.
+// result descriptor for its string value. It runs on the caller's thread,
+// as the library's callers expect (the colour bar's theme read runs on a
+// global queue); each call has its own script object.
 #pragma once
 
 #include "platform/Script.h"

@@ -1,15 +1,11 @@
 #import <Foundation/Foundation.h>
 
-#include <dispatch/dispatch.h>
-
 #include "hosts/macos/MacScript.h"
 #include "hosts/macos/MacStrings.h"
 
 namespace velmora::hosts::macos {
 
-namespace {
-
-platform::ScriptOutcome runHere(const std::string& source) {
+platform::ScriptOutcome MacScript::run(const std::string& source) {
     platform::ScriptOutcome outcome;
     @autoreleasepool {
         NSAppleScript* script = [[NSAppleScript alloc] initWithSource:toNSString(source)];
@@ -29,17 +25,6 @@ platform::ScriptOutcome runHere(const std::string& source) {
         }
         if (result && [result stringValue]) outcome.stringValue = toStdString([result stringValue]);
     }
-    return outcome;
-}
-
-}  // namespace
-
-platform::ScriptOutcome MacScript::run(const std::string& source) {
-    if ([NSThread isMainThread]) return runHere(source);
-    __block platform::ScriptOutcome outcome;
-    dispatch_sync(dispatch_get_main_queue(), ^{
-        outcome = runHere(source);
-    });
     return outcome;
 }
 

@@ -12,6 +12,7 @@ NS_ASSUME_NONNULL_BEGIN
 
 typedef NSUInteger NSDataReadingOptions;
 typedef NSUInteger NSDataWritingOptions;
+constexpr NSJSONWritingOptions NSJSONWritingFragmentsAllowed = 1 << 2;
 
 @interface NSData (PlatformAdditions)
 + (nullable instancetype)dataWithContentsOfFile:(NSString*)path
