@@ -21,7 +21,7 @@ if ((${#files[@]} == 0)); then
 fi
 ((${#files[@]})) || { echo "macos-check: no .mm files" >&2; exit 2; }
 
-flags=(-fsyntax-only -x objective-c++ -std=c++20 -Wall -Wextra -Werror
+flags=(-fsyntax-only -x objective-c++ -std=c++20 -Wall -Wextra -Werror -ferror-limit=0
   # The platform's runtime and memory model: ARC, blocks, weak references.
   -fobjc-runtime=gnustep-2.0 -fobjc-arc -fblocks
   -DGNUSTEP -DGNUSTEP_BASE_LIBRARY=1 -DGNU_GUI_LIBRARY=1 -DGNU_RUNTIME=1

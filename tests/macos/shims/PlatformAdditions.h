@@ -75,4 +75,113 @@ constexpr NSEventType NSEventTypeFlagsChanged = NSFlagsChanged;
 + (void)removeMonitor:(id)eventMonitor;
 @end
 
+@interface NSLayoutConstraint (PlatformAdditions)
+- (void)setPriority:(NSLayoutPriority)priority;
+@end
+
+@interface NSView (PlatformAdditions)
+@property BOOL translatesAutoresizingMaskIntoConstraints;
+- (void)setContentHuggingPriority:(NSLayoutPriority)priority forOrientation:(NSLayoutConstraintOrientation)orientation;
+- (void)setContentCompressionResistancePriority:(NSLayoutPriority)priority
+                                 forOrientation:(NSLayoutConstraintOrientation)orientation;
+- (void)layoutSubtreeIfNeeded;
+- (void)setNeedsLayout:(BOOL)flag;
+- (void)updateTrackingAreas;
+- (void)addTrackingArea:(NSTrackingArea*)trackingArea;
+- (void)removeTrackingArea:(NSTrackingArea*)trackingArea;
+@property(copy) NSString* accessibilityIdentifier;
+- (void)setAccessibilityElement:(BOOL)isElement;
+- (void)setAccessibilityLabel:(nullable NSString*)label;
+@end
+
+typedef NS_ENUM(NSInteger, NSStackViewDistribution) {
+    NSStackViewDistributionGravityAreas = -1,
+    NSStackViewDistributionFill = 0,
+    NSStackViewDistributionFillEqually = 1,
+    NSStackViewDistributionFillProportionally = 2,
+    NSStackViewDistributionEqualSpacing = 3,
+    NSStackViewDistributionEqualCentering = 4,
+};
+
+@interface NSStackView : NSView
+@property NSUserInterfaceLayoutOrientation orientation;
+@property NSLayoutAttribute alignment;
+@property CGFloat spacing;
+@property NSStackViewDistribution distribution;
+@property(readonly, copy) NSArray<__kindof NSView*>* arrangedSubviews;
+- (void)addArrangedSubview:(NSView*)view;
+- (void)removeArrangedSubview:(NSView*)view;
+@end
+
+@interface NSTextField (PlatformAdditions)
++ (instancetype)labelWithString:(NSString*)stringValue;
++ (instancetype)wrappingLabelWithString:(NSString*)stringValue;
++ (instancetype)textFieldWithString:(NSString*)stringValue;
+@property NSLineBreakMode lineBreakMode;
+@property NSInteger maximumNumberOfLines;
+@property CGFloat preferredMaxLayoutWidth;
+@property(nullable, copy) NSString* placeholderString;
+@end
+
+@interface NSButton (PlatformAdditions)
++ (instancetype)buttonWithTitle:(NSString*)title target:(nullable id)target action:(nullable SEL)action;
++ (instancetype)checkboxWithTitle:(NSString*)title target:(nullable id)target action:(nullable SEL)action;
+@end
+
+@interface NSImageSymbolConfiguration : NSObject <NSCopying>
++ (instancetype)configurationWithPointSize:(CGFloat)pointSize weight:(NSFontWeight)weight;
+@end
+
+@interface NSImage (PlatformAdditions)
++ (nullable instancetype)imageWithSystemSymbolName:(NSString*)name
+                          accessibilityDescription:(nullable NSString*)description;
+@end
+
+@interface NSImageView (PlatformAdditions)
+@property(nullable, copy) NSColor* contentTintColor;
+@property(nullable, copy) NSImageSymbolConfiguration* symbolConfiguration;
+@end
+
+typedef NSString* NSFontDescriptorSystemDesign;
+extern NSFontDescriptorSystemDesign const NSFontDescriptorSystemDesignDefault;
+extern NSFontDescriptorSystemDesign const NSFontDescriptorSystemDesignRounded;
+extern NSFontDescriptorSystemDesign const NSFontDescriptorSystemDesignSerif;
+
+@interface NSFontDescriptor (PlatformAdditions)
+- (nullable NSFontDescriptor*)fontDescriptorWithDesign:(NSFontDescriptorSystemDesign)design;
+@end
+
+@interface NSFont (PlatformAdditions)
++ (NSFont*)systemFontOfSize:(CGFloat)fontSize weight:(NSFontWeight)weight;
++ (NSFont*)monospacedSystemFontOfSize:(CGFloat)fontSize weight:(NSFontWeight)weight;
+@end
+
+constexpr NSRectEdge NSRectEdgeMaxY = NSMaxYEdge;
+
+@interface NSColor (PlatformAdditions)
++ (nullable NSColor*)colorNamed:(NSString*)name;
+@end
+
+@interface NSColorSpace (PlatformAdditions)
++ (NSColorSpace*)sRGBColorSpace;
+@end
+
+@interface NSWindow (PlatformAdditions)
+@property BOOL titlebarAppearsTransparent;
+@end
+
+@interface NSApplication (PlatformAdditions)
+- (BOOL)setActivationPolicy:(NSApplicationActivationPolicy)activationPolicy;
+@end
+
+@interface NSPopover (PlatformAdditions)
+@property(readonly, getter=isShown) BOOL shown;
+@end
+
+constexpr NSLineCapStyle NSLineCapStyleButt = NSButtLineCapStyle;
+constexpr NSLineCapStyle NSLineCapStyleRound = NSRoundLineCapStyle;
+constexpr NSLineCapStyle NSLineCapStyleSquare = NSSquareLineCapStyle;
+constexpr NSDatePickerStyle NSDatePickerStyleClockAndCalendar = NSClockAndCalendarDatePickerStyle;
+constexpr NSDatePickerElementFlags NSDatePickerElementFlagYearMonthDay = NSYearMonthDayDatePickerElementFlag;
+
 NS_ASSUME_NONNULL_END
