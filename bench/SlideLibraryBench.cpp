@@ -1,19 +1,19 @@
 // The slide library's hot paths at 10,000 slides, each beside its bound on
-// the same bytes, with the ratio as the counter "x bound":
-// - the metadata load (read and strict decode) beside a bare nlohmann parse;
+// the same bytes:
+// - the metadata load (the strict decode of the file's bytes) beside a bare
+//   simdjson DOM parse of them;
 // - one keystroke's filtering (a text and two tags, then the sort) beside a
 //   plain substring scan of the same texts;
 // - the pane's whole description beside the filtering it cannot skip: the
 //   grid builds cells only for the rows on show ("cells" counts them).
 
 #include <benchmark/benchmark.h>
+#include <simdjson.h>
 
-#include <nlohmann/json.hpp>
-
-#include <algorithm>
-#include <chrono>
 #include <cstdlib>
+#include <functional>
 
+#include "Pairs.h"
 #include "QuietLog.h"
 #include "fake/FakePlatform.h"
 #include "slidelibrary/SlideLibraryPane.h"
@@ -41,38 +41,11 @@ std::string sampleFile() {
     return json + "]";
 }
 
-// The fastest of a few timed runs of `work`, in seconds.
-template <typename Work>
-double bound(Work&& work) {
-    double best = 1e9;
-    for (int run = 0; run < 5; ++run) {
-        const auto start = std::chrono::steady_clock::now();
-        work();
-        best = std::min(best, std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count());
-    }
-    return best;
-}
-
-// Times the benchmark's loop itself, so the ratio compares like with like.
-class LoopTimer {
-public:
-    LoopTimer() : start_(std::chrono::steady_clock::now()) {}
-    void report(benchmark::State& state, double boundSeconds) const {
-        const double loop = std::chrono::duration<double>(std::chrono::steady_clock::now() - start_).count();
-        const double each = loop / static_cast<double>(std::max<benchmark::IterationCount>(1, state.iterations()));
-        state.counters["x bound"] = each / boundSeconds;
-        state.counters["bound ms"] = boundSeconds * 1000;
-    }
-
-private:
-    std::chrono::steady_clock::time_point start_;
-};
-
 struct SlideBench {
     SlideBench() {
         setenv("TZ", "CET-1CEST,M3.5.0,M10.5.0/3", 1);
         tzset();
-        auto ports = fake.ports();
+        ports = fake.ports();
         ports->log = std::make_shared<QuietLog>();
         platform::install(ports);
         bytes = sampleFile();
@@ -80,73 +53,96 @@ struct SlideBench {
         filters.searchText = "roadmap";
         filters.selectedTags = {"Q3", "Hiring"};
     }
+    void enter() const { platform::install(ports); }
     testing::FakePlatform fake;
+    std::shared_ptr<platform::Platform> ports;
     std::string bytes;
     std::vector<SlideMetadataItem> items;
     SlideFilters filters;
 };
 
-SlideBench& bench() {
+SlideBench& slides() {
     static auto* shared = new SlideBench;
     return *shared;
 }
 
-void BM_SlideMetadataDecode(benchmark::State& state) {
-    auto& b = bench();
-    const double parse = bound([&] { benchmark::DoNotOptimize(nlohmann::json::parse(b.bytes)); });
-    const LoopTimer timer;
-    for (auto _ : state) {
-        auto decoded = decodeSlideMetadata(b.bytes);
-        if (!decoded || decoded->size() != slideCount) state.SkipWithError("the file did not decode");
-        benchmark::DoNotOptimize(decoded);
-    }
-    timer.report(state, parse);
-    state.counters["MB"] = static_cast<double>(b.bytes.size()) / 1e6;
-}
-BENCHMARK(BM_SlideMetadataDecode)->Unit(benchmark::kMillisecond)->UseRealTime();
+const bench::PairOptions perFile{benchmark::kMillisecond, 3};
 
-void BM_SlideFilter(benchmark::State& state) {
-    auto& b = bench();
-    const double scan = bound([&] {
-        std::size_t hits = 0;
-        for (const auto& item : b.items) hits += item.textContent.find("ROADMAP") != std::string::npos;
-        benchmark::DoNotOptimize(hits);
-    });
-    std::size_t shown = 0;
-    const LoopTimer timer;
-    for (auto _ : state) {
-        auto result = filteredItems(b.items, b.filters);
-        shown = result.size();
-        benchmark::DoNotOptimize(result.data());
-    }
-    timer.report(state, scan);
-    state.counters["shown"] = static_cast<double>(shown);
-}
-BENCHMARK(BM_SlideFilter)->Unit(benchmark::kMillisecond)->UseRealTime();
-
-void BM_SlidePaneBody(benchmark::State& state) {
-    auto& b = bench();
-    auto model = SlideLibraryViewModel::make();
-    model->items.set(b.items);
-    auto view = makeSlideLibraryHostingView(model);
-    view->setFrame({0, 0, 400, 900});
-    SlideFilters none;
-    const double filtering = bound([&] { benchmark::DoNotOptimize(filteredItems(b.items, none).data()); });
-    std::size_t cells = 0;
-    const LoopTimer timer;
-    for (auto _ : state) {
-        const ui::Node tree = view->treeAt(400);
-        cells = 0;
-        std::function<void(const ui::Node&)> count = [&](const ui::Node& n) {
-            if (n.onHover) ++cells;
-            for (const auto& c : n.children) count(c);
-        };
-        count(tree);
-    }
-    timer.report(state, filtering);
-    state.counters["cells"] = static_cast<double>(cells);
-}
-BENCHMARK(BM_SlidePaneBody)->Unit(benchmark::kMillisecond)->UseRealTime();
+const bool slidePairs =
+    bench::registerPair(
+        "slides/metadata_load",
+        [] {
+            auto& b = slides();
+            b.enter();
+            auto parser = std::make_shared<simdjson::dom::parser>();
+            bench::PairSides sides;
+            sides.enter = [&b] { b.enter(); };
+            sides.measured = [&b] {
+                auto decoded = decodeSlideMetadata(b.bytes);
+                if (!decoded || decoded->size() != slideCount) std::abort();  // the sample always decodes
+                benchmark::DoNotOptimize(decoded);
+            };
+            sides.bound = [&b, parser] {
+                simdjson::dom::element root;
+                benchmark::DoNotOptimize(parser->parse(b.bytes).get(root));
+            };
+            sides.counters = [&b](benchmark::State& state) {
+                state.counters["MB"] = static_cast<double>(b.bytes.size()) / 1e6;
+            };
+            return sides;
+        },
+        perFile) &&
+    bench::registerPair(
+        "slides/filter",
+        [] {
+            auto& b = slides();
+            b.enter();
+            auto shown = std::make_shared<std::size_t>(0);
+            bench::PairSides sides;
+            sides.enter = [&b] { b.enter(); };
+            sides.measured = [&b, shown] {
+                auto result = filteredItems(b.items, b.filters);
+                *shown = result.size();
+                benchmark::DoNotOptimize(result.data());
+            };
+            sides.bound = [&b] {
+                std::size_t hits = 0;
+                for (const auto& item : b.items) hits += item.textContent.find("ROADMAP") != std::string::npos;
+                benchmark::DoNotOptimize(hits);
+            };
+            sides.counters = [shown](benchmark::State& state) { state.counters["shown"] = static_cast<double>(*shown); };
+            return sides;
+        },
+        perFile) &&
+    bench::registerPair(
+        "slides/pane_body",
+        [] {
+            auto& b = slides();
+            b.enter();
+            auto model = SlideLibraryViewModel::make();
+            model->items.set(b.items);
+            auto view = makeSlideLibraryHostingView(model);
+            view->setFrame({0, 0, 400, 900});
+            auto cells = std::make_shared<std::size_t>(0);
+            bench::PairSides sides;
+            sides.enter = [&b] { b.enter(); };
+            sides.measured = [model, view, cells] {
+                const ui::Node tree = view->treeAt(400);
+                *cells = 0;
+                std::function<void(const ui::Node&)> count = [&](const ui::Node& n) {
+                    if (n.onHover) ++*cells;
+                    for (const auto& c : n.children) count(c);
+                };
+                count(tree);
+            };
+            sides.bound = [&b] {
+                const SlideFilters none;
+                benchmark::DoNotOptimize(filteredItems(b.items, none).data());
+            };
+            sides.counters = [cells](benchmark::State& state) { state.counters["cells"] = static_cast<double>(*cells); };
+            return sides;
+        },
+        perFile);
 
 }  // namespace
 }  // namespace velmora

@@ -8,6 +8,7 @@
 #include <filesystem>
 
 #include "Cloud.h"
+#include "Pairs.h"
 #include "QuietLog.h"
 #include "fake/FakePlatform.h"
 #include "hosts/linux/LinuxAdapters.h"
@@ -26,14 +27,15 @@ struct TemplateBench {
         cloud = std::make_unique<cloud::Cloud>(options);
         fake.config->service = cloud->serviceBaseURL();
         fake.config->cdn = cloud->cdnBaseURL();
-        auto ports = fake.ports();
+        ports = fake.ports();
         ports->dispatch = dispatch;
         ports->http = std::make_shared<hosts::linuxhost::CurlHttp>(dispatch);
         ports->log = std::make_shared<QuietLog>();
-        platform::install(ports);
+        enter();
         sync();
         for (const auto& item : model->items.get()) cachedThumbs.push_back(item.thumb);
     }
+    void enter() const { platform::install(ports); }
     void sync() {
         model = TemplateLibraryViewModel::make();
         dispatch->settle();
@@ -42,39 +44,44 @@ struct TemplateBench {
     std::unique_ptr<cloud::Cloud> cloud;
     testing::FakePlatform fake;
     std::shared_ptr<testing::PooledDispatch> dispatch = std::make_shared<testing::PooledDispatch>();
+    std::shared_ptr<platform::Platform> ports;
     std::shared_ptr<TemplateLibraryViewModel> model;
     std::vector<std::string> cachedThumbs;
 };
 
-TemplateBench& bench() {
+TemplateBench& templates() {
     static auto* shared = new TemplateBench;
     return *shared;
 }
 
-void BM_TemplateWarmStart(benchmark::State& state) {
-    auto& b = bench();
-    for (auto _ : state) {
-        b.sync();
-        if (b.model->items.get().size() < templateCount - 1) state.SkipWithError("the sync lost templates");
-    }
-    state.counters["templates"] = static_cast<double>(b.model->items.get().size());
-}
-BENCHMARK(BM_TemplateWarmStart)->Unit(benchmark::kMillisecond)->UseRealTime();
-
-// The bound: what a warm start cannot do without.
-void BM_TemplateWarmStartBound(benchmark::State& state) {
-    auto& b = bench();
-    const platform::HttpRequest request{"GET", b.cloud->cdnBaseURL() + "manifest.json", {}, {}, 60};
-    for (auto _ : state) {
-        auto response = hosts::linuxhost::CurlHttp::perform(request);
-        benchmark::DoNotOptimize(response.body.data());
-        for (const auto& path : b.cachedThumbs) benchmark::DoNotOptimize(platform::files().exists(path));
-    }
-}
-BENCHMARK(BM_TemplateWarmStartBound)->Unit(benchmark::kMillisecond)->UseRealTime();
+const bool warmStart = bench::registerPair(
+    "templates/warm_start",
+    [] {
+        auto& b = templates();
+        b.enter();
+        bench::PairSides sides;
+        sides.enter = [&b] { b.enter(); };
+        sides.measured = [&b] {
+            b.sync();
+            if (b.model->items.get().size() < templateCount - 1) std::abort();  // the stand-in serves them all
+        };
+        // What a warm start cannot do without.
+        sides.bound = [&b] {
+            const platform::HttpRequest request{"GET", b.cloud->cdnBaseURL() + "manifest.json", {}, {}, 60};
+            auto response = hosts::linuxhost::CurlHttp::perform(request);
+            benchmark::DoNotOptimize(response.body.data());
+            for (const auto& path : b.cachedThumbs) benchmark::DoNotOptimize(platform::files().exists(path));
+        };
+        sides.counters = [&b](benchmark::State& state) {
+            state.counters["templates"] = static_cast<double>(b.model->items.get().size());
+        };
+        return sides;
+    },
+    {benchmark::kMillisecond, 3});
 
 void BM_TemplateColdStart(benchmark::State& state) {
-    auto& b = bench();
+    auto& b = templates();
+    b.enter();
     std::size_t downloads = 0;
     for (auto _ : state) {
         state.PauseTiming();
