@@ -67,12 +67,20 @@ bool wellFormed(const unsigned char* data, std::size_t size) {
 }  // namespace
 
 std::string textFromHost(const char* text) {
-    if (!text) return {};
-    std::size_t size = std::strlen(text);
-    if (wellFormed(reinterpret_cast<const unsigned char*>(text), size)) return std::string(text, size);
-    const auto* data = reinterpret_cast<const unsigned char*>(text);
     std::string out;
-    out.reserve(size + 16);
+    appendTextFromHost(out, text);
+    return out;
+}
+
+void appendTextFromHost(std::string& out, const char* text) {
+    if (!text) return;
+    const std::size_t size = std::strlen(text);
+    const auto* data = reinterpret_cast<const unsigned char*>(text);
+    if (wellFormed(data, size)) {
+        out.append(text, size);
+        return;
+    }
+    out.reserve(out.size() + size + 16);
     std::size_t at = 0;
     while (at < size) {
         std::size_t consumed = 0;
@@ -85,7 +93,6 @@ std::string textFromHost(const char* text) {
             at += consumed;
         }
     }
-    return out;
 }
 
 }  // namespace velmora

@@ -5,6 +5,7 @@
 #include <array>
 #include <charconv>
 #include <cmath>
+#include <cstring>
 #include <iterator>
 
 #include <fmt/format.h>
@@ -59,12 +60,33 @@ const char* found(element_type type) {
     return "a value";
 }
 
+// Keys are 2 to 13 bytes long: two overlapping loads from each end compare
+// any of them, cheaper than a call or a loop.
+template <typename Word>
+bool sameEnds(const char* a, const char* b, std::size_t size) {
+    Word a0, a1, b0, b1;
+    std::memcpy(&a0, a, sizeof(Word));
+    std::memcpy(&b0, b, sizeof(Word));
+    std::memcpy(&a1, a + size - sizeof(Word), sizeof(Word));
+    std::memcpy(&b1, b + size - sizeof(Word), sizeof(Word));
+    return ((a0 ^ b0) | (a1 ^ b1)) == 0;
+}
+
+bool sameKey(std::string_view a, std::string_view b) {
+    const std::size_t size = a.size();
+    if (size != b.size()) return false;
+    if (size >= 8 && size <= 16) return sameEnds<std::uint64_t>(a.data(), b.data(), size);
+    if (size >= 4 && size < 8) return sameEnds<std::uint32_t>(a.data(), b.data(), size);
+    if (size >= 2 && size < 4) return sameEnds<std::uint16_t>(a.data(), b.data(), size);
+    return a == b;
+}
+
 // Objects usually list their keys in field order, so the slot after the
 // previous hit is tried first.
 int slotOf(std::string_view key, int hint) {
-    if (hint < static_cast<int>(fields.size()) && fields[hint].key == key) return hint;
+    if (hint < static_cast<int>(fields.size()) && sameKey(fields[hint].key, key)) return hint;
     for (int i = 0; i < static_cast<int>(fields.size()); ++i) {
-        if (fields[i].key == key) return i;
+        if (sameKey(fields[i].key, key)) return i;
     }
     return -1;
 }
@@ -218,12 +240,13 @@ std::string widenLargeIntegers(std::string_view json) {
 
 }  // namespace
 
-ShapeDecoding decodeShapeList(std::string_view json) {
+ShapeDecoding decodeShapeList(std::string_view json, bool padded) {
     // One parser per thread keeps its buffers between calls.
     thread_local simdjson::dom::parser parser;
     ShapeDecoding result;
     element root;
-    auto error = parser.parse(json.data(), json.size()).get(root);
+    // Padded text is read where it lies; other text is copied into the parser's padded buffer.
+    auto error = parser.parse(json.data(), json.size(), !padded).get(root);
     if (error == simdjson::NUMBER_ERROR) {
         std::string widened = widenLargeIntegers(json);
         if (!widened.empty() && !parser.parse(widened).get(root)) error = simdjson::SUCCESS;
@@ -258,9 +281,14 @@ ShapeDecoding decodeShapeList(std::string_view json) {
 }
 
 std::string describeShapes(const std::vector<ShapeMetadata>& shapes) {
-    // Every run logs this line, so it is written straight into one buffer.
     std::string out;
-    out.reserve(64 + shapes.size() * 400);
+    appendShapesDescription(out, shapes);
+    return out;
+}
+
+void appendShapesDescription(std::string& out, const std::vector<ShapeMetadata>& shapes) {
+    // Every run logs this line, so it is written straight into one buffer.
+    out.reserve(out.size() + 64 + shapes.size() * 400);
     auto text = [&](std::string_view part) { out.append(part); };
     auto number = [&](double value) { support::appendSwiftDescription(out, value); };
     auto integer = [&](std::int64_t value) {
@@ -292,7 +320,6 @@ std::string describeShapes(const std::vector<ShapeMetadata>& shapes) {
         text(")");
     }
     text("]");
-    return out;
 }
 
 }  // namespace velmora

@@ -1,7 +1,8 @@
 // One shape as the host's macro project reports it, and the strict decoding
 // of the JSON arrays it sends.
 //
-// Provides: ShapeMetadata, ShapeDecoding, decodeShapeList(), describeShapes().
+// Provides: ShapeMetadata, ShapeDecoding, decodeShapeList(), describeShapes(),
+// appendShapesDescription().
 // Thread: any; decoding keeps one parser per thread.
 #pragma once
 
@@ -50,10 +51,15 @@ struct ShapeDecoding {
 // value, checked shape by shape and key by key in the field order. Extra
 // keys are ignored; whole numbers are taken for doubles; integers refuse a
 // fractional part. Trailing content after the array is refused.
-ShapeDecoding decodeShapeList(std::string_view json);
+// `padded`: the text's buffer stays readable for 64 bytes past its end
+// (shapeTextPadding), so it is parsed in place instead of copied first.
+ShapeDecoding decodeShapeList(std::string_view json, bool padded = false);
+inline constexpr std::size_t shapeTextPadding = 64;
 
 // The printed form of a list, one line:
 // [ShapeMetadata(ID: 1, Name: "Box", Top: 10.0, ...), ShapeMetadata(...)]
 std::string describeShapes(const std::vector<ShapeMetadata>& shapes);
+// The same, appended to `out`.
+void appendShapesDescription(std::string& out, const std::vector<ShapeMetadata>& shapes);
 
 }  // namespace velmora

@@ -1,5 +1,6 @@
 // triggerAssistant: from the host's two shape arrays to the published rows.
 
+#include <cstring>
 #include <mutex>
 #include <string>
 #include <vector>
@@ -61,8 +62,16 @@ void append(Recommendations& into, Recommendations rows) {
 }  // namespace
 
 void triggerAssistant(const char* selectedJSON, const char* nonSelectedJSON) {
-    const std::string selectedText = textFromHost(selectedJSON);
-    platform::nslog("Assistant: " + selectedText);
+    // The selection is read once, into the buffer of its log line; the
+    // printed shape list reuses the buffer after it.
+    constexpr std::string_view prefix = "Assistant: ";
+    std::string line(prefix);
+    line.reserve(prefix.size() + (selectedJSON ? std::strlen(selectedJSON) : 0) + shapeTextPadding);
+    appendTextFromHost(line, selectedJSON);
+    platform::nslog(line);
+    const std::string_view selectedText = std::string_view(line).substr(prefix.size());
+    // A repaired text may have grown past the padding.
+    const bool padded = line.capacity() - line.size() >= shapeTextPadding;
 
     if (selectedText == slideSelectedSentinel) {
         // The slide itself is selected: only the send row applies, and an
@@ -73,14 +82,16 @@ void triggerAssistant(const char* selectedJSON, const char* nonSelectedJSON) {
     }
 
     Shapes selected;
-    auto selectedDecoding = decodeShapeList(selectedText);
+    auto selectedDecoding = decodeShapeList(selectedText, padded);
     if (selectedDecoding.ok) {
         selected = std::move(selectedDecoding.shapes);
         platform::nslog("Assistant: Successfully decoded Selected Shapes JSON. Count: " + std::to_string(selected.size()));
     } else {
         platform::nslog("Assistant: Failed to decode Selected JSON. Error: " + selectedDecoding.error);
     }
-    platform::nslog("Assistant: " + describeShapes(selected));
+    line.resize(prefix.size());
+    appendShapesDescription(line, selected);
+    platform::nslog(line);
 
     Shapes unselected;
     auto unselectedDecoding = decodeShapeList(textFromHost(nonSelectedJSON));
