@@ -7,6 +7,7 @@
 #include <cmath>
 #include <cstring>
 #include <iterator>
+#include <optional>
 
 #include <fmt/format.h>
 
@@ -21,19 +22,48 @@ using simdjson::dom::element_type;
 
 enum class Kind { Integer, Text, Double, Boolean };
 
+// A key, its kind and where its value goes: exactly one member pointer is set.
 struct Field {
     std::string_view key;
     Kind kind;
+    std::int64_t ShapeMetadata::*integer = nullptr;
+    std::string ShapeMetadata::*text = nullptr;
+    double ShapeMetadata::*number = nullptr;
+    bool ShapeMetadata::*flag = nullptr;
 };
+
+constexpr Field integerField(std::string_view key, std::int64_t ShapeMetadata::*member) {
+    return {key, Kind::Integer, member, nullptr, nullptr, nullptr};
+}
+constexpr Field textField(std::string_view key, std::string ShapeMetadata::*member) {
+    return {key, Kind::Text, nullptr, member, nullptr, nullptr};
+}
+constexpr Field doubleField(std::string_view key, double ShapeMetadata::*member) {
+    return {key, Kind::Double, nullptr, nullptr, member, nullptr};
+}
+constexpr Field booleanField(std::string_view key, bool ShapeMetadata::*member) {
+    return {key, Kind::Boolean, nullptr, nullptr, nullptr, member};
+}
 
 // The keys in the order they are checked and printed.
 constexpr std::array<Field, 17> fields = {{
-    {"ID", Kind::Integer},        {"Name", Kind::Text},         {"Top", Kind::Double},
-    {"Left", Kind::Double},       {"Width", Kind::Double},      {"Height", Kind::Double},
-    {"ShpType", Kind::Text},      {"HasFill", Kind::Boolean},   {"FillColor", Kind::Integer},
-    {"HasTextFrame", Kind::Boolean}, {"HasText", Kind::Boolean}, {"AutoSize", Kind::Boolean},
-    {"WordWrap", Kind::Boolean},  {"MarginTop", Kind::Double},  {"MarginLeft", Kind::Double},
-    {"ZOrder", Kind::Integer},    {"HasLineBreaks", Kind::Boolean},
+    integerField("ID", &ShapeMetadata::ID),
+    textField("Name", &ShapeMetadata::Name),
+    doubleField("Top", &ShapeMetadata::Top),
+    doubleField("Left", &ShapeMetadata::Left),
+    doubleField("Width", &ShapeMetadata::Width),
+    doubleField("Height", &ShapeMetadata::Height),
+    textField("ShpType", &ShapeMetadata::ShpType),
+    booleanField("HasFill", &ShapeMetadata::HasFill),
+    integerField("FillColor", &ShapeMetadata::FillColor),
+    booleanField("HasTextFrame", &ShapeMetadata::HasTextFrame),
+    booleanField("HasText", &ShapeMetadata::HasText),
+    booleanField("AutoSize", &ShapeMetadata::AutoSize),
+    booleanField("WordWrap", &ShapeMetadata::WordWrap),
+    doubleField("MarginTop", &ShapeMetadata::MarginTop),
+    doubleField("MarginLeft", &ShapeMetadata::MarginLeft),
+    integerField("ZOrder", &ShapeMetadata::ZOrder),
+    booleanField("HasLineBreaks", &ShapeMetadata::HasLineBreaks),
 }};
 
 const char* kindName(Kind kind) {
@@ -72,7 +102,7 @@ bool sameEnds(const char* a, const char* b, std::size_t size) {
     return ((a0 ^ b0) | (a1 ^ b1)) == 0;
 }
 
-bool sameKey(std::string_view a, std::string_view b) {
+inline bool sameKey(std::string_view a, std::string_view b) {
     const std::size_t size = a.size();
     if (size != b.size()) return false;
     if (size >= 8 && size <= 16) return sameEnds<std::uint64_t>(a.data(), b.data(), size);
@@ -99,32 +129,21 @@ std::string at(std::size_t field, std::size_t index) {
     return fmt::format("key \"{}\" at index {}", fields[field].key, index);
 }
 
-std::int64_t readInteger(element value, std::size_t field, std::size_t index) {
+// The integer a number holds, or nothing when it holds a fraction or does
+// not fit in 64 bits. A whole number written with a fraction or an
+// exponent still fits.
+std::optional<std::int64_t> integerOf(element value) {
     switch (value.type()) {
         case element_type::INT64: return value.get_int64().value_unsafe();
-        case element_type::UINT64:
-            throw Failure{fmt::format("dataCorrupted: {} holds {}, which does not fit in Int", at(field, index),
-                                      value.get_uint64().value_unsafe())};
         case element_type::DOUBLE: {
-            // A whole number written with a fraction or an exponent still fits.
-            double number = value.get_double().value_unsafe();
+            const double number = value.get_double().value_unsafe();
             if (std::isfinite(number) && std::trunc(number) == number && number >= -9223372036854775808.0 &&
                 number < 9223372036854775808.0) {
                 return static_cast<std::int64_t>(number);
             }
-            throw Failure{fmt::format("dataCorrupted: {} holds {}, which does not fit in Int", at(field, index),
-                                      support::swiftDescription(number))};
+            return std::nullopt;
         }
-        default: break;
-    }
-    return 0;  // not reached: the type was checked before
-}
-
-double readDouble(element value) {
-    switch (value.type()) {
-        case element_type::INT64: return static_cast<double>(value.get_int64().value_unsafe());
-        case element_type::UINT64: return static_cast<double>(value.get_uint64().value_unsafe());
-        default: return value.get_double().value_unsafe();
+        default: return std::nullopt;
     }
 }
 
@@ -139,7 +158,69 @@ bool accepts(Kind kind, element_type type) {
     return false;
 }
 
-ShapeMetadata decodeShape(simdjson::dom::object object, std::size_t index) {
+// Reads field `i` of `shape` from `value`; false, leaving it, when the value
+// is null, of another type, or an integer that does not fit.
+inline bool readField(ShapeMetadata& shape, std::size_t i, element value) {
+    const Field& field = fields[i];
+    switch (value.type()) {
+        case element_type::INT64:
+            if (field.integer) {
+                shape.*field.integer = value.get_int64().value_unsafe();
+                return true;
+            }
+            if (field.number) {
+                shape.*field.number = static_cast<double>(value.get_int64().value_unsafe());
+                return true;
+            }
+            return false;
+        case element_type::UINT64:
+            if (!field.number) return false;  // no integer field holds one beyond Int's range
+            shape.*field.number = static_cast<double>(value.get_uint64().value_unsafe());
+            return true;
+        case element_type::DOUBLE:
+            if (field.number) {
+                shape.*field.number = value.get_double().value_unsafe();
+                return true;
+            }
+            if (field.integer) {
+                auto whole = integerOf(value);
+                if (whole) shape.*field.integer = *whole;
+                return whole.has_value();
+            }
+            return false;
+        case element_type::STRING:
+            if (!field.text) return false;
+            (shape.*field.text).assign(value.get_string().value_unsafe());
+            return true;
+        case element_type::BOOL:
+            if (!field.flag) return false;
+            shape.*field.flag = value.get_bool().value_unsafe();
+            return true;
+        default: return false;
+    }
+}
+
+// Why field `i` could not be read from `value`.
+std::string failureOf(std::size_t i, element value, std::size_t index) {
+    const element_type type = value.type();
+    if (type == element_type::NULL_VALUE) {
+        return fmt::format("valueNotFound: {} expects {} but found null", at(i, index), kindName(fields[i].kind));
+    }
+    if (!accepts(fields[i].kind, type)) {
+        return fmt::format("typeMismatch: {} expects {} but found {}", at(i, index), kindName(fields[i].kind), found(type));
+    }
+    if (type == element_type::UINT64) {
+        return fmt::format("dataCorrupted: {} holds {}, which does not fit in Int", at(i, index),
+                           value.get_uint64().value_unsafe());
+    }
+    return fmt::format("dataCorrupted: {} holds {}, which does not fit in Int", at(i, index),
+                       support::swiftDescription(value.get_double().value_unsafe()));
+}
+
+// Every key found wherever it stands, the last of a repeated key winning;
+// then the fields checked in their order, the first missing or bad one
+// failing the shape.
+ShapeMetadata decodeShapeBySlots(simdjson::dom::object object, std::size_t index) {
     std::array<element, fields.size()> slots;
     std::array<bool, fields.size()> present{};
     int hint = 0;
@@ -150,39 +231,32 @@ ShapeMetadata decodeShape(simdjson::dom::object object, std::size_t index) {
         present[slot] = true;
         hint = slot + 1;
     }
-
     ShapeMetadata shape;
     for (std::size_t i = 0; i < fields.size(); ++i) {
         if (!present[i]) throw Failure{fmt::format("keyNotFound: no value for {}", at(i, index))};
-        element value = slots[i];
-        element_type type = value.type();
-        if (type == element_type::NULL_VALUE) {
-            throw Failure{fmt::format("valueNotFound: {} expects {} but found null", at(i, index), kindName(fields[i].kind))};
-        }
-        if (!accepts(fields[i].kind, type)) {
-            throw Failure{fmt::format("typeMismatch: {} expects {} but found {}", at(i, index), kindName(fields[i].kind),
-                                      found(type))};
-        }
-        switch (i) {
-            case 0: shape.ID = readInteger(value, i, index); break;
-            case 1: shape.Name = std::string(value.get_string().value_unsafe()); break;
-            case 2: shape.Top = readDouble(value); break;
-            case 3: shape.Left = readDouble(value); break;
-            case 4: shape.Width = readDouble(value); break;
-            case 5: shape.Height = readDouble(value); break;
-            case 6: shape.ShpType = std::string(value.get_string().value_unsafe()); break;
-            case 7: shape.HasFill = value.get_bool().value_unsafe(); break;
-            case 8: shape.FillColor = readInteger(value, i, index); break;
-            case 9: shape.HasTextFrame = value.get_bool().value_unsafe(); break;
-            case 10: shape.HasText = value.get_bool().value_unsafe(); break;
-            case 11: shape.AutoSize = value.get_bool().value_unsafe(); break;
-            case 12: shape.WordWrap = value.get_bool().value_unsafe(); break;
-            case 13: shape.MarginTop = readDouble(value); break;
-            case 14: shape.MarginLeft = readDouble(value); break;
-            case 15: shape.ZOrder = readInteger(value, i, index); break;
-            case 16: shape.HasLineBreaks = value.get_bool().value_unsafe(); break;
+        if (!readField(shape, i, slots[i])) throw Failure{failureOf(i, slots[i], index)};
+    }
+    return shape;
+}
+
+ShapeMetadata decodeShape(simdjson::dom::object object, std::size_t index) {
+    // The host writes the seventeen keys in field order: then each value is
+    // read as it comes. Anything else (another order, a missing, bad or
+    // repeated key) goes the general way, which decides what wins and
+    // which failure is reported.
+    ShapeMetadata shape;
+    std::size_t next = 0;
+    for (auto member : object) {
+        if (next < fields.size()) {
+            if (!sameKey(fields[next].key, member.key) || !readField(shape, next, member.value)) {
+                return decodeShapeBySlots(object, index);
+            }
+            ++next;
+        } else if (slotOf(member.key, 0) >= 0) {
+            return decodeShapeBySlots(object, index);
         }
     }
+    if (next < fields.size()) return decodeShapeBySlots(object, index);
     return shape;
 }
 
