@@ -48,6 +48,13 @@ std::size_t sequenceAt(const unsigned char* data, std::size_t size, std::size_t 
 bool wellFormed(const unsigned char* data, std::size_t size) {
     std::size_t at = 0;
     while (at < size) {
+        // Four words at a time through long ASCII runs (the shape lists), then one.
+        while (at + 32 <= size) {
+            std::uint64_t words[4];
+            std::memcpy(words, data + at, sizeof words);
+            if (((words[0] | words[1] | words[2] | words[3]) & 0x8080808080808080u) != 0) break;
+            at += 32;
+        }
         if (at + 8 <= size) {
             std::uint64_t word;
             std::memcpy(&word, data + at, sizeof word);

@@ -190,7 +190,7 @@ inline bool readField(ShapeMetadata& shape, std::size_t i, element value) {
             return false;
         case element_type::STRING:
             if (!field.text) return false;
-            (shape.*field.text).assign(value.get_string().value_unsafe());
+            (shape.*field.text).append(value.get_string().value_unsafe());  // every field starts empty
             return true;
         case element_type::BOOL:
             if (!field.flag) return false;
@@ -360,40 +360,82 @@ std::string describeShapes(const std::vector<ShapeMetadata>& shapes) {
     return out;
 }
 
+namespace {
+
+// Writes the printed form of the list through one pointer. Each shape first
+// makes room for the most it can take (its two texts escaped at their
+// longest, every number at its longest), and the line is cut to what was
+// written at the end.
+class DescriptionWriter {
+public:
+    explicit DescriptionWriter(std::string& out) : out_(out), used_(out.size()) {}
+    ~DescriptionWriter() { out_.resize(used_); }
+
+    void shape(const ShapeMetadata& s, bool first) {
+        out_.resize(used_ + fixedRoom + support::quotedLengthBound(s.Name.size()) +
+                    support::quotedLengthBound(s.ShpType.size()));
+        at_ = out_.data() + used_;
+        if (!first) put(", ");
+        put("ShapeMetadata(ID: "), integer(s.ID);
+        put(", Name: "), at_ = support::writeQuoted(at_, s.Name);
+        put(", Top: "), number(s.Top);
+        put(", Left: "), number(s.Left);
+        put(", Width: "), number(s.Width);
+        put(", Height: "), number(s.Height);
+        put(", ShpType: "), at_ = support::writeQuoted(at_, s.ShpType);
+        put(", HasFill: "), flag(s.HasFill);
+        put(", FillColor: "), integer(s.FillColor);
+        put(", HasTextFrame: "), flag(s.HasTextFrame);
+        put(", HasText: "), flag(s.HasText);
+        put(", AutoSize: "), flag(s.AutoSize);
+        put(", WordWrap: "), flag(s.WordWrap);
+        put(", MarginTop: "), number(s.MarginTop);
+        put(", MarginLeft: "), number(s.MarginLeft);
+        put(", ZOrder: "), integer(s.ZOrder);
+        put(", HasLineBreaks: "), flag(s.HasLineBreaks);
+        put(")");
+        used_ = static_cast<std::size_t>(at_ - out_.data());
+    }
+
+    void literal(std::string_view text) {
+        out_.resize(used_);
+        out_.append(text);
+        used_ += text.size();
+    }
+
+private:
+    // The labels (under 220 bytes), six numbers, three integers and six flags at their longest.
+    static constexpr std::size_t fixedRoom = 256 + 6 * support::maxSwiftDescriptionLength + 3 * 20 + 6 * 5;
+
+    template <std::size_t N>
+    void put(const char (&text)[N]) {
+        std::memcpy(at_, text, N - 1);
+        at_ += N - 1;
+    }
+    void integer(std::int64_t value) { at_ = std::to_chars(at_, at_ + 20, value).ptr; }
+    void number(double value) { at_ = support::writeSwiftDescription(at_, value); }
+    void flag(bool value) {
+        if (value) {
+            put("true");
+        } else {
+            put("false");
+        }
+    }
+
+    std::string& out_;
+    std::size_t used_;
+    char* at_ = nullptr;
+};
+
+}  // namespace
+
 void appendShapesDescription(std::string& out, const std::vector<ShapeMetadata>& shapes) {
     // Every run logs this line, so it is written straight into one buffer.
-    out.reserve(out.size() + 64 + shapes.size() * 400);
-    auto text = [&](std::string_view part) { out.append(part); };
-    auto number = [&](double value) { support::appendSwiftDescription(out, value); };
-    auto integer = [&](std::int64_t value) {
-        char digits[24];
-        out.append(digits, std::to_chars(digits, digits + sizeof digits, value).ptr);
-    };
-    auto flag = [&](bool value) { text(value ? "true" : "false"); };
-    text("[");
-    for (std::size_t i = 0; i < shapes.size(); ++i) {
-        const auto& s = shapes[i];
-        if (i) text(", ");
-        text("ShapeMetadata(ID: "), integer(s.ID);
-        text(", Name: "), support::appendQuoted(out, s.Name);
-        text(", Top: "), number(s.Top);
-        text(", Left: "), number(s.Left);
-        text(", Width: "), number(s.Width);
-        text(", Height: "), number(s.Height);
-        text(", ShpType: "), support::appendQuoted(out, s.ShpType);
-        text(", HasFill: "), flag(s.HasFill);
-        text(", FillColor: "), integer(s.FillColor);
-        text(", HasTextFrame: "), flag(s.HasTextFrame);
-        text(", HasText: "), flag(s.HasText);
-        text(", AutoSize: "), flag(s.AutoSize);
-        text(", WordWrap: "), flag(s.WordWrap);
-        text(", MarginTop: "), number(s.MarginTop);
-        text(", MarginLeft: "), number(s.MarginLeft);
-        text(", ZOrder: "), integer(s.ZOrder);
-        text(", HasLineBreaks: "), flag(s.HasLineBreaks);
-        text(")");
-    }
-    text("]");
+    out.reserve(out.size() + 64 + shapes.size() * 420);
+    DescriptionWriter writer(out);
+    writer.literal("[");
+    for (std::size_t i = 0; i < shapes.size(); ++i) writer.shape(shapes[i], i == 0);
+    writer.literal("]");
 }
 
 }  // namespace velmora

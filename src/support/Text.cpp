@@ -1,6 +1,7 @@
 #include "support/Text.h"
 
 #include <algorithm>
+#include <array>
 #include <charconv>
 #include <cmath>
 #include <cstdio>
@@ -10,7 +11,63 @@
 
 namespace velmora::support {
 
+namespace {
+
+// Most values the host sends carry a few decimals. When the fewest decimals
+// (up to four) that read back as the value are found, they are its
+// shortest digits: below 1e11 a double's neighbours lie closer together
+// than 1e-4, so at most one number with that many decimals reads back as
+// it, and the scaled value rounds to that number's digits. Gives nullptr
+// for everything else, which the general way prints.
+char* writeFewDecimals(char* at, double value) {
+    const double magnitude = std::fabs(value);
+    if (!(magnitude >= 1e-4 && magnitude < 1e11)) return nullptr;
+    static constexpr double scales[] = {1, 10, 100, 1000, 10000};
+    for (int decimals = 0; decimals <= 4; ++decimals) {
+        const double scaled = std::nearbyint(magnitude * scales[decimals]);
+        // Both are exact doubles, so the quotient is the double the decimal text reads as.
+        if (scaled / scales[decimals] != magnitude) continue;
+        char digits[24];
+        const char* end = std::to_chars(digits, digits + sizeof digits, static_cast<std::uint64_t>(scaled)).ptr;
+        const auto count = static_cast<std::size_t>(end - digits);
+        const auto fraction = static_cast<std::size_t>(decimals);
+        if (value < 0) *at++ = '-';
+        if (fraction == 0) {
+            at = std::copy(digits, digits + count, at);
+            *at++ = '.';
+            *at++ = '0';
+        } else if (count > fraction) {
+            at = std::copy(digits, digits + count - fraction, at);
+            *at++ = '.';
+            at = std::copy(end - fraction, end, at);
+        } else {
+            *at++ = '0';
+            *at++ = '.';
+            at = std::fill_n(at, fraction - count, '0');
+            at = std::copy(digits, digits + count, at);
+        }
+        return at;
+    }
+    return nullptr;
+}
+
+}  // namespace
+
+char* writeSwiftDescription(char* at, double value) {
+    if (char* end = writeFewDecimals(at, value)) return end;
+    std::string general;
+    detail::appendSwiftDescriptionByDigits(general, value);
+    return std::copy(general.begin(), general.end(), at);
+}
+
 void appendSwiftDescription(std::string& out, double value) {
+    char text[maxSwiftDescriptionLength];
+    out.append(text, writeSwiftDescription(text, value));
+}
+
+namespace detail {
+
+void appendSwiftDescriptionByDigits(std::string& out, double value) {
     if (std::isnan(value)) {
         out += "nan";
         return;
@@ -45,7 +102,7 @@ void appendSwiftDescription(std::string& out, double value) {
             out += '.';
             out.append(digits + 1, count - 1);
         }
-        char tail[8];
+        char tail[16];
         std::snprintf(tail, sizeof tail, "e%c%02d", exponent < 0 ? '-' : '+', std::abs(exponent));
         out += tail;
     } else if (value == 0) {
@@ -65,39 +122,64 @@ void appendSwiftDescription(std::string& out, double value) {
     }
 }
 
+}  // namespace detail
+
 std::string swiftDescription(double value) {
     std::string out;
     appendSwiftDescription(out, value);
     return out;
 }
 
-void appendQuoted(std::string& out, std::string_view text) {
+namespace {
+
+// The bytes a quoted text writes as an escape: quotes, the backslash, ASCII
+// controls and DEL.
+constexpr std::array<bool, 256> escapedBytes = [] {
+    std::array<bool, 256> table{};
+    for (int byte = 0; byte < 0x20; ++byte) table[byte] = true;
+    table['"'] = table['\''] = table['\\'] = table[0x7F] = true;
+    return table;
+}();
+
+}  // namespace
+
+char* writeQuoted(char* at, std::string_view text) {
     static constexpr char hex[] = "0123456789ABCDEF";
-    out += '"';
-    for (char c : text) {
-        const auto byte = static_cast<unsigned char>(c);
-        switch (c) {
-            case '"': out += "\\\""; break;
-            case '\'': out += "\\'"; break;
-            case '\\': out += "\\\\"; break;
-            case '\0': out += "\\0"; break;
-            case '\n': out += "\\n"; break;
-            case '\r': out += "\\r"; break;
-            case '\t': out += "\\t"; break;
+    *at++ = '"';
+    std::size_t run = 0;  // start of the bytes that stand as they are
+    auto put = [&](std::string_view escape) { at = std::copy(escape.begin(), escape.end(), at); };
+    for (std::size_t i = 0; i < text.size(); ++i) {
+        const auto byte = static_cast<unsigned char>(text[i]);
+        if (!escapedBytes[byte]) continue;
+        at = std::copy(text.data() + run, text.data() + i, at);
+        run = i + 1;
+        switch (byte) {
+            case '"': put("\\\""); break;
+            case '\'': put("\\'"); break;
+            case '\\': put("\\\\"); break;
+            case '\0': put("\\0"); break;
+            case '\n': put("\\n"); break;
+            case '\r': put("\\r"); break;
+            case '\t': put("\\t"); break;
             default:
                 // Other ASCII controls and DEL as two upper-case hex digits;
                 // everything from U+0080 on stays as it is.
-                if (byte < 0x20 || byte == 0x7F) {
-                    out += "\\u{";
-                    out += hex[byte >> 4];
-                    out += hex[byte & 0xF];
-                    out += '}';
-                } else {
-                    out += c;
-                }
+                put("\\u{");
+                *at++ = hex[byte >> 4];
+                *at++ = hex[byte & 0xF];
+                *at++ = '}';
         }
     }
-    out += '"';
+    at = std::copy(text.data() + run, text.data() + text.size(), at);
+    *at++ = '"';
+    return at;
+}
+
+void appendQuoted(std::string& out, std::string_view text) {
+    const std::size_t start = out.size();
+    out.resize(start + quotedLengthBound(text.size()));
+    char* end = writeQuoted(out.data() + start, text);
+    out.resize(static_cast<std::size_t>(end - out.data()));
 }
 
 std::string quoted(std::string_view text) {

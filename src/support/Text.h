@@ -6,6 +6,7 @@
 // base64Decoded(), percentEncoded(), percentDecoded().
 #pragma once
 
+#include <cstddef>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -19,6 +20,15 @@ namespace velmora::support {
 // "1e+20").
 std::string swiftDescription(double value);
 void appendSwiftDescription(std::string& out, double value);
+// The same written at `at`, which has room for maxSwiftDescriptionLength
+// bytes; gives the end.
+inline constexpr std::size_t maxSwiftDescriptionLength = 32;
+char* writeSwiftDescription(char* at, double value);
+namespace detail {
+// The general way, from the shortest digits of any double; appendSwiftDescription
+// takes a shortcut for values with a few decimals. For tests that compare them.
+void appendSwiftDescriptionByDigits(std::string& out, double value);
+}  // namespace detail
 
 // The platform's printed form of a string: in double quotes, with the
 // quote, apostrophe, backslash, NUL (as \0), tab, line feed and carriage
@@ -26,6 +36,10 @@ void appendSwiftDescription(std::string& out, double value);
 // it is.
 std::string quoted(std::string_view text);
 void appendQuoted(std::string& out, std::string_view text);
+// The same written at `at`, which has room for quotedLengthBound(text.size())
+// bytes; gives the end.
+constexpr std::size_t quotedLengthBound(std::size_t size) { return 2 + 6 * size; }
+char* writeQuoted(char* at, std::string_view text);
 
 // The text on one line: line feed and carriage return written as \n and
 // \r, other control characters and DEL as \u{1b}.

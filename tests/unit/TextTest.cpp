@@ -1,8 +1,16 @@
 #include <gtest/gtest.h>
 
+#include <cmath>
+#include <cstring>
+#include <random>
+#include <set>
+#include <thread>
+#include <vector>
+
 #include "platform/Script.h"
 #include "platform/Views.h"
 #include "support/Text.h"
+#include "support/UUID.h"
 
 namespace velmora::support {
 namespace {
@@ -39,6 +47,55 @@ TEST(Text, DoublesArePlainFromATenThousandthUpToTwoToTheFiftyFourth) {
         {123456789012345678901234567890.0, "1.2345678901234568e+29"},
     };
     for (const auto& [value, text] : cases) EXPECT_EQ(swiftDescription(value), text);
+}
+
+// The shortcut for values with a few decimals must print exactly what the
+// general way prints, around every edge of its range and its rounding.
+TEST(Text, DoublesWithFewDecimalsPrintAsTheGeneralWayDoes) {
+    auto general = [](double value) {
+        std::string out;
+        detail::appendSwiftDescriptionByDigits(out, value);
+        return out;
+    };
+    std::mt19937_64 random(20261124);
+    std::uniform_int_distribution<std::int64_t> mantissa(-99999999999999, 99999999999999);
+    std::uniform_int_distribution<int> decimals(0, 7);
+    std::uniform_int_distribution<std::uint64_t> bits;
+    std::vector<double> values = {0.0001, 0.00011, 0.00009999, 1e11, 99999999999.9999, 1e11 - 1, 0.1 + 0.2,
+                                  2.675, 1.005, 0.5, 1.0, 10.0, 7.2, 3.6, 123.45, -0.0001, 16777216.5,
+                                  4503599627370496.5, 1e-5, 0.3, 1e10 + 0.25};
+    for (int i = 0; i < 200000; ++i) {
+        const double scale[] = {1, 10, 100, 1000, 10000, 1e5, 1e6, 1e7};
+        values.push_back(static_cast<double>(mantissa(random) % 1000000000000) / scale[decimals(random)]);
+        double any;
+        const std::uint64_t pattern = bits(random);
+        std::memcpy(&any, &pattern, sizeof any);
+        if (std::isfinite(any)) values.push_back(any);
+    }
+    for (double value : values) {
+        ASSERT_EQ(swiftDescription(value), general(value)) << std::hexfloat << value;
+    }
+}
+
+TEST(Text, RandomIdentitiesAreVersionFourAndPrintTheirBytes) {
+    UUID known;
+    for (std::size_t i = 0; i < known.bytes.size(); ++i) known.bytes[i] = static_cast<std::uint8_t>(i * 17);
+    EXPECT_EQ(known.uuidString(), "00112233-4455-6677-8899-AABBCCDDEEFF");
+
+    std::set<std::string> seen;
+    for (int i = 0; i < 2000; ++i) {
+        const UUID id = UUID::random();
+        ASSERT_EQ(id.bytes[6] >> 4, 4) << "version";
+        ASSERT_EQ(id.bytes[8] >> 6, 2) << "variant";
+        seen.insert(id.uuidString());
+    }
+    EXPECT_EQ(seen.size(), 2000u);
+    // Each thread draws from its own seed: no two threads repeat each other.
+    std::vector<std::string> firsts(4);
+    std::vector<std::thread> threads;
+    for (auto& first : firsts) threads.emplace_back([&first] { first = UUID::random().uuidString(); });
+    for (auto& thread : threads) thread.join();
+    for (const auto& first : firsts) EXPECT_TRUE(seen.insert(first).second) << first;
 }
 
 TEST(Text, StringsEscapeAsThePlatformPrintsThem) {
