@@ -71,7 +71,45 @@ bool wellFormed(const unsigned char* data, std::size_t size) {
     return true;
 }
 
+// Copies `size` bytes to `to` while they are well-formed; gives how many
+// were copied (all of them when the text is well-formed). ASCII goes four
+// words at a time.
+std::size_t copyWellFormed(char* to, const unsigned char* data, std::size_t size) {
+    std::size_t at = 0;
+    while (at < size) {
+        while (at + 32 <= size) {
+            std::uint64_t words[4];
+            std::memcpy(words, data + at, sizeof words);
+            std::memcpy(to + at, words, sizeof words);
+            if (((words[0] | words[1] | words[2] | words[3]) & 0x8080808080808080u) != 0) break;
+            at += 32;
+        }
+        std::size_t consumed = 0;
+        const std::size_t length = sequenceAt(data, size, at, consumed);
+        if (!length) return at;
+        std::memcpy(to + at, data + at, length);
+        at += length;
+    }
+    return at;
+}
+
 }  // namespace
+
+PrefixedHostText::PrefixedHostText(std::string_view prefix, const char* text, std::size_t padding)
+    : prefixSize_(prefix.size()) {
+    const std::size_t size = text ? std::strlen(text) : 0;
+    // Made without zeroing: every byte up to size_ is written before it is read.
+    buffer_ = std::make_unique_for_overwrite<char[]>(prefix.size() + size + padding);
+    std::memcpy(buffer_.get(), prefix.data(), prefix.size());
+    size_ = prefix.size() + size;
+    if (copyWellFormed(buffer_.get() + prefix.size(), reinterpret_cast<const unsigned char*>(text), size) == size) return;
+    // Ill-formed: the repaired text is longer, made the usual way.
+    std::string repaired(prefix);
+    appendTextFromHost(repaired, text);
+    buffer_ = std::make_unique_for_overwrite<char[]>(repaired.size() + padding);
+    std::memcpy(buffer_.get(), repaired.data(), repaired.size());
+    size_ = repaired.size();
+}
 
 std::string textFromHost(const char* text) {
     std::string out;

@@ -111,6 +111,31 @@ inline bool sameKey(std::string_view a, std::string_view b) {
     return a == b;
 }
 
+// Whether `key` is field `i`'s: against a constant text, which the compiler
+// turns into a length check and a word or two of comparison.
+inline bool isFieldKey(std::size_t i, std::string_view key) {
+    switch (i) {
+        case 0: return key == "ID";
+        case 1: return key == "Name";
+        case 2: return key == "Top";
+        case 3: return key == "Left";
+        case 4: return key == "Width";
+        case 5: return key == "Height";
+        case 6: return key == "ShpType";
+        case 7: return key == "HasFill";
+        case 8: return key == "FillColor";
+        case 9: return key == "HasTextFrame";
+        case 10: return key == "HasText";
+        case 11: return key == "AutoSize";
+        case 12: return key == "WordWrap";
+        case 13: return key == "MarginTop";
+        case 14: return key == "MarginLeft";
+        case 15: return key == "ZOrder";
+        case 16: return key == "HasLineBreaks";
+    }
+    return false;
+}
+
 // Objects usually list their keys in field order, so the slot after the
 // previous hit is tried first.
 int slotOf(std::string_view key, int hint) {
@@ -239,25 +264,26 @@ ShapeMetadata decodeShapeBySlots(simdjson::dom::object object, std::size_t index
     return shape;
 }
 
-ShapeMetadata decodeShape(simdjson::dom::object object, std::size_t index) {
+// Decodes into `shape`, which is fresh.
+void decodeShape(simdjson::dom::object object, std::size_t index, ShapeMetadata& shape) {
     // The host writes the seventeen keys in field order: then each value is
     // read as it comes. Anything else (another order, a missing, bad or
     // repeated key) goes the general way, which decides what wins and
     // which failure is reported.
-    ShapeMetadata shape;
     std::size_t next = 0;
     for (auto member : object) {
         if (next < fields.size()) {
-            if (!sameKey(fields[next].key, member.key) || !readField(shape, next, member.value)) {
-                return decodeShapeBySlots(object, index);
+            if (!isFieldKey(next, member.key) || !readField(shape, next, member.value)) {
+                shape = decodeShapeBySlots(object, index);
+                return;
             }
             ++next;
         } else if (slotOf(member.key, 0) >= 0) {
-            return decodeShapeBySlots(object, index);
+            shape = decodeShapeBySlots(object, index);
+            return;
         }
     }
-    if (next < fields.size()) return decodeShapeBySlots(object, index);
-    return shape;
+    if (next < fields.size()) shape = decodeShapeBySlots(object, index);
 }
 
 // The text with every whole number that fits in no 64-bit integer written
@@ -342,7 +368,7 @@ ShapeDecoding decodeShapeList(std::string_view json, bool padded) {
                 throw Failure{fmt::format("typeMismatch: index {} expects a shape object but found {}", index,
                                           found(item.type()))};
             }
-            result.shapes.push_back(decodeShape(item.get_object().value_unsafe(), index));
+            decodeShape(item.get_object().value_unsafe(), index, result.shapes.emplace_back());
             ++index;
         }
     } catch (Failure& failure) {
@@ -412,7 +438,7 @@ private:
         std::memcpy(at_, text, N - 1);
         at_ += N - 1;
     }
-    void integer(std::int64_t value) { at_ = std::to_chars(at_, at_ + 20, value).ptr; }
+    void integer(std::int64_t value) { at_ = support::writeInteger(at_, value); }
     void number(double value) { at_ = support::writeSwiftDescription(at_, value); }
     void flag(bool value) {
         if (value) {

@@ -1,6 +1,5 @@
 // triggerAssistant: from the host's two shape arrays to the published rows.
 
-#include <cstring>
 #include <mutex>
 #include <string>
 #include <vector>
@@ -62,16 +61,12 @@ void append(Recommendations& into, Recommendations rows) {
 }  // namespace
 
 void triggerAssistant(const char* selectedJSON, const char* nonSelectedJSON) {
-    // The selection is read once, into the buffer of its log line; the
-    // printed shape list reuses the buffer after it.
+    // The selection is read once, into the buffer of its log line, with
+    // room after it for the parser to read it where it lies.
     constexpr std::string_view prefix = "Assistant: ";
-    std::string line(prefix);
-    line.reserve(prefix.size() + (selectedJSON ? std::strlen(selectedJSON) : 0) + shapeTextPadding);
-    appendTextFromHost(line, selectedJSON);
-    platform::nslog(line);
-    const std::string_view selectedText = std::string_view(line).substr(prefix.size());
-    // A repaired text may have grown past the padding.
-    const bool padded = line.capacity() - line.size() >= shapeTextPadding;
+    const PrefixedHostText selection(prefix, selectedJSON, shapeTextPadding);
+    platform::nslog(selection.line());
+    const std::string_view selectedText = selection.text();
 
     if (selectedText == slideSelectedSentinel) {
         // The slide itself is selected: only the send row applies, and an
@@ -82,14 +77,14 @@ void triggerAssistant(const char* selectedJSON, const char* nonSelectedJSON) {
     }
 
     Shapes selected;
-    auto selectedDecoding = decodeShapeList(selectedText, padded);
+    auto selectedDecoding = decodeShapeList(selectedText, true);
     if (selectedDecoding.ok) {
         selected = std::move(selectedDecoding.shapes);
         platform::nslog("Assistant: Successfully decoded Selected Shapes JSON. Count: " + std::to_string(selected.size()));
     } else {
         platform::nslog("Assistant: Failed to decode Selected JSON. Error: " + selectedDecoding.error);
     }
-    line.resize(prefix.size());
+    std::string line(prefix);
     appendShapesDescription(line, selected);
     platform::nslog(line);
 

@@ -13,6 +13,30 @@ namespace velmora::support {
 
 namespace {
 
+// The decimal digits of `value`, written right to left ending at `end`, two
+// at a time; gives where they start. Always inlined: it is the inner step
+// of every number on the shape list.
+[[gnu::always_inline]] inline char* writeDigitsBefore(char* end, std::uint64_t value) {
+    static constexpr char pairs[] =
+        "00010203040506070809101112131415161718192021222324252627282930313233343536373839"
+        "40414243444546474849505152535455565758596061626364656667686970717273747576777879"
+        "8081828384858687888990919293949596979899";
+    char* first = end;
+    while (value >= 100) {
+        const auto pair = static_cast<std::size_t>(value % 100) * 2;
+        value /= 100;
+        *--first = pairs[pair + 1];
+        *--first = pairs[pair];
+    }
+    if (value >= 10) {
+        *--first = pairs[value * 2 + 1];
+        *--first = pairs[value * 2];
+    } else {
+        *--first = static_cast<char>('0' + value);
+    }
+    return first;
+}
+
 // Most values the host sends carry a few decimals. When the fewest decimals
 // (up to four) that read back as the value are found, they are its
 // shortest digits: below 1e11 a double's neighbours lie closer together
@@ -24,27 +48,36 @@ char* writeFewDecimals(char* at, double value) {
     if (!(magnitude >= 1e-4 && magnitude < 1e11)) return nullptr;
     static constexpr double scales[] = {1, 10, 100, 1000, 10000};
     for (int decimals = 0; decimals <= 4; ++decimals) {
-        const double scaled = std::nearbyint(magnitude * scales[decimals]);
+        // Rounded to the nearest whole number, ties to even, by the sum's own
+        // rounding: below 2^52 adding 2^52 leaves no fraction bits.
+        const double scaled = (magnitude * scales[decimals] + 0x1p52) - 0x1p52;
         // Both are exact doubles, so the quotient is the double the decimal text reads as.
         if (scaled / scales[decimals] != magnitude) continue;
-        char digits[24];
-        const char* end = std::to_chars(digits, digits + sizeof digits, static_cast<std::uint64_t>(scaled)).ptr;
-        const auto count = static_cast<std::size_t>(end - digits);
+        // Room for 16 bytes after the digits: they are copied sixteen at a
+        // time, however many there are (the writer's room allows for it).
+        char digits[32];
+        char* first = writeDigitsBefore(digits + 16, static_cast<std::uint64_t>(scaled));
+        const char* end = digits + 16;
+        const auto count = static_cast<std::size_t>(end - first);
         const auto fraction = static_cast<std::size_t>(decimals);
+        auto copy = [&](const char* from, std::size_t length) {
+            std::memcpy(at, from, 16);
+            at += length;
+        };
         if (value < 0) *at++ = '-';
         if (fraction == 0) {
-            at = std::copy(digits, digits + count, at);
+            copy(first, count);
             *at++ = '.';
             *at++ = '0';
         } else if (count > fraction) {
-            at = std::copy(digits, digits + count - fraction, at);
+            copy(first, count - fraction);
             *at++ = '.';
-            at = std::copy(end - fraction, end, at);
+            copy(end - fraction, fraction);
         } else {
             *at++ = '0';
             *at++ = '.';
-            at = std::fill_n(at, fraction - count, '0');
-            at = std::copy(digits, digits + count, at);
+            for (std::size_t i = count; i < fraction; ++i) *at++ = '0';
+            copy(first, count);
         }
         return at;
     }
@@ -52,6 +85,16 @@ char* writeFewDecimals(char* at, double value) {
 }
 
 }  // namespace
+
+char* writeInteger(char* at, std::int64_t value) {
+    char digits[20];
+    char* end = digits + sizeof digits;
+    // The magnitude as unsigned, so the most negative value has one too.
+    const std::uint64_t magnitude = value < 0 ? 0 - static_cast<std::uint64_t>(value) : static_cast<std::uint64_t>(value);
+    const char* first = writeDigitsBefore(end, magnitude);
+    if (value < 0) *at++ = '-';
+    return std::copy(first, static_cast<const char*>(end), at);
+}
 
 char* writeSwiftDescription(char* at, double value) {
     if (char* end = writeFewDecimals(at, value)) return end;

@@ -21,9 +21,12 @@ namespace velmora::support {
 std::string swiftDescription(double value);
 void appendSwiftDescription(std::string& out, double value);
 // The same written at `at`, which has room for maxSwiftDescriptionLength
-// bytes; gives the end.
-inline constexpr std::size_t maxSwiftDescriptionLength = 32;
+// bytes (more than it writes: it copies in fixed blocks); gives the end.
+inline constexpr std::size_t maxSwiftDescriptionLength = 48;
 char* writeSwiftDescription(char* at, double value);
+// A whole number's decimal digits, with a minus sign when negative, written
+// at `at` (room for 20 bytes); gives the end.
+char* writeInteger(char* at, std::int64_t value);
 namespace detail {
 // The general way, from the shortest digits of any double; appendSwiftDescription
 // takes a shortcut for values with a few decimals. For tests that compare them.

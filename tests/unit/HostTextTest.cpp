@@ -22,20 +22,31 @@ TEST(HostText, ReadsSequencesAtEveryOffsetAroundTheWordEdge) {
         {"\xE2\x86", "\xEF\xBF\xBD"},                    // cut short
         {"\x80", "\xEF\xBF\xBD"},                        // a lone continuation
     };
-    for (std::size_t prefix = 0; prefix <= 17; ++prefix) {
+    // The prefixed reader copies and checks four words at a time: the
+    // pieces also go on both sides of 32- and 64-byte edges.
+    for (std::size_t prefix = 0; prefix <= 70; ++prefix) {
         const std::string before(prefix, 'a');
         const std::string after = "tail of twelve";
+        auto prefixed = [](const std::string& text) {
+            const PrefixedHostText read("Assistant: ", text.c_str(), 64);
+            EXPECT_EQ(read.line().substr(0, 11), "Assistant: ");
+            return std::string(read.text());
+        };
         for (const auto& piece : wellFormed) {
             const std::string text = before + piece + after;
             EXPECT_EQ(textFromHost(text.c_str()), text) << "prefix " << prefix;
+            EXPECT_EQ(prefixed(text), text) << "prefix " << prefix;
         }
         for (const auto& [piece, read] : illFormed) {
             const std::string text = before + piece + after;
             EXPECT_EQ(textFromHost(text.c_str()), before + read + after) << "prefix " << prefix;
+            EXPECT_EQ(prefixed(text), before + read + after) << "prefix " << prefix;
             // At the very end, with nothing after it.
             EXPECT_EQ(textFromHost((before + piece).c_str()), before + read) << "prefix " << prefix;
+            EXPECT_EQ(prefixed(before + piece), before + read) << "prefix " << prefix;
         }
     }
+    EXPECT_EQ(PrefixedHostText("Assistant: ", nullptr, 64).line(), "Assistant: ") << "no text reads as empty";
 }
 
 }  // namespace

@@ -77,6 +77,19 @@ TEST(Text, DoublesWithFewDecimalsPrintAsTheGeneralWayDoes) {
     }
 }
 
+TEST(Text, WholeNumbersPrintEveryDigitAndTheirSign) {
+    auto printed = [](std::int64_t value) {
+        char text[20];
+        return std::string(text, writeInteger(text, value));
+    };
+    EXPECT_EQ(printed(0), "0");
+    EXPECT_EQ(printed(7), "7");
+    EXPECT_EQ(printed(-10), "-10");
+    EXPECT_EQ(printed(16777215), "16777215");
+    EXPECT_EQ(printed(INT64_MAX), "9223372036854775807");
+    EXPECT_EQ(printed(INT64_MIN), "-9223372036854775808");
+}
+
 TEST(Text, RandomIdentitiesAreVersionFourAndPrintTheirBytes) {
     UUID known;
     for (std::size_t i = 0; i < known.bytes.size(); ++i) known.bytes[i] = static_cast<std::uint8_t>(i * 17);
