@@ -171,7 +171,8 @@ describe('icon search: request and drawing', () => {
 
 describe('icon search: overlapping searches', () => {
   it('draws only the newest search when an older one answers late', async (t) => {
-    const { page, searches } = await open(t, [['icons-search', 'delay', '1', '1']]);
+    // The older search answers two seconds late: long after the newer one, even on a loaded machine.
+    const { page, searches } = await open(t, [['icons-search', 'delay', '2', '1']]);
     const late = page.waitForResponse((response) => response.url().includes('query=arrow'));
     await submit(page, 'arrow');
     await search(page, 'chart');
@@ -189,7 +190,9 @@ describe('icon search: overlapping searches', () => {
   });
 
   it('keeps the overlay up until the newest search ends', async (t) => {
-    const { page } = await open(t, [['icons-search', 'delay', '0.5', '1'], ['icons-search', 'delay', '1.5', '1']]);
+    // The newer search answers 3.5 s after the older one: time enough to look
+    // at the page in between, even on a loaded machine.
+    const { page } = await open(t, [['icons-search', 'delay', '0.5', '1'], ['icons-search', 'delay', '4', '1']]);
     const early = page.waitForResponse((response) => response.url().includes('query=arrow'));
     await submit(page, 'arrow');
     await submit(page, 'chart');
