@@ -119,7 +119,10 @@ bench::PairSides keyDown(platform::Event event, bool enabled) {
         char digits[8];
         line.append(digits, std::to_chars(digits, digits + sizeof digits, event.keyCode).ptr);
         line.append(modifiers.data(), modifiers.data() + modifiers.size());
-        appendModifierFlagsDescription(state->line, ModifierFlags{event.modifierFlags & matchedModifiers});
+        char modifiersText[maxModifierFlagsDescriptionLength];
+        const char* modifiersEnd =
+            writeModifierFlagsDescription(modifiersText, ModifierFlags{event.modifierFlags & matchedModifiers});
+        line.append(modifiersText, modifiersEnd);
         platform::nslog(std::string_view(state->line.data(), state->line.size()));
     };
     sides.counters = [state](benchmark::State& run) {

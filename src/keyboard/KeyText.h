@@ -1,13 +1,12 @@
 // How the key monitor spells what it saw: the lower-cased key characters and
 // the printed form of a modifier set.
 //
-// Provides: lowercasedCharacters(), appendModifierFlagsDescription(),
+// Provides: lowercasedCharacters(), writeModifierFlagsDescription(),
 // modifierFlagsDescription().
 // Thread: any; pure functions.
 #pragma once
 
-#include <fmt/format.h>
-
+#include <cstddef>
 #include <string>
 #include <string_view>
 
@@ -22,8 +21,10 @@ namespace velmora {
 std::string lowercasedCharacters(std::string_view text);
 
 // The option set as the platform prints it: "ModifierFlags(rawValue: 1310720)".
-// The one place that spells it; the append form writes into a stack buffer.
-void appendModifierFlagsDescription(fmt::memory_buffer& out, ModifierFlags flags);
+// The one place that spells it; the write form needs room for
+// maxModifierFlagsDescriptionLength bytes at `at` and gives the end.
+inline constexpr std::size_t maxModifierFlagsDescriptionLength = 48;
+char* writeModifierFlagsDescription(char* at, ModifierFlags flags);
 std::string modifierFlagsDescription(ModifierFlags flags);
 
 }  // namespace velmora

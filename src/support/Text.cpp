@@ -86,6 +86,13 @@ char* writeFewDecimals(char* at, double value) {
 
 }  // namespace
 
+char* writeUnsigned(char* at, std::uint64_t value) {
+    char digits[20];
+    char* end = digits + sizeof digits;
+    const char* first = writeDigitsBefore(end, value);
+    return std::copy(first, static_cast<const char*>(end), at);
+}
+
 char* writeInteger(char* at, std::int64_t value) {
     char digits[20];
     char* end = digits + sizeof digits;

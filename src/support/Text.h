@@ -7,6 +7,7 @@
 #pragma once
 
 #include <cstddef>
+#include <cstdint>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -27,6 +28,8 @@ char* writeSwiftDescription(char* at, double value);
 // A whole number's decimal digits, with a minus sign when negative, written
 // at `at` (room for 20 bytes); gives the end.
 char* writeInteger(char* at, std::int64_t value);
+// The same for an unsigned number.
+char* writeUnsigned(char* at, std::uint64_t value);
 namespace detail {
 // The general way, from the shortest digits of any double; appendSwiftDescription
 // takes a shortcut for values with a few decimals. For tests that compare them.

@@ -119,13 +119,20 @@ TEST_F(KeyboardMonitor, LogsEveryKeyWithTheLoweredTextAndTheMaskedModifiers) {
     press(keyDown(std::nullopt, 53, 0x100));
     press(keyDown("\xC3\x89", 14, option | shift));  // É
     press(keyDown("\xD4\xB1", 0, 0));                 // Armenian Ayb, beyond the usual layouts' scripts
+    press(keyDown("\xEF\x9C\x80", 126, 0));         // the up arrow's private-use character, without case
+    // A key's text longer than the line's stack room is logged whole.
+    const std::string pasted(300, 'Q');
+    press(keyDown(pasted, 9, 0));
     EXPECT_EQ(fake.log->lines(),
               (Strings{"VL: Detected typedCharacter: t, keyCode: 17, modifiers: ModifierFlags(rawValue: 393216)",
                        "VL: Detected typedCharacter: t, keyCode: 17, modifiers: ModifierFlags(rawValue: 262144)",
                        "VL: Matched shortcut for macro: ShapeAction",
                        "VL: Detected typedCharacter: , keyCode: 53, modifiers: ModifierFlags(rawValue: 0)",
                        "VL: Detected typedCharacter: \xC3\xA9, keyCode: 14, modifiers: ModifierFlags(rawValue: 655360)",
-                       "VL: Detected typedCharacter: \xD5\xA1, keyCode: 0, modifiers: ModifierFlags(rawValue: 0)"}));
+                       "VL: Detected typedCharacter: \xD5\xA1, keyCode: 0, modifiers: ModifierFlags(rawValue: 0)",
+                       "VL: Detected typedCharacter: \xEF\x9C\x80, keyCode: 126, modifiers: ModifierFlags(rawValue: 0)",
+                       "VL: Detected typedCharacter: " + std::string(300, 'q') +
+                           ", keyCode: 9, modifiers: ModifierFlags(rawValue: 0)"}));
 }
 
 TEST_F(KeyboardMonitor, DisabledPassesEveryKeySilentlyWhileMouseReleasesGoOn) {
