@@ -6,7 +6,7 @@ set -euo pipefail
 
 packages=(cmake ninja-build g++ pkg-config locales python3
   libfmt-dev nlohmann-json3-dev libsimdjson-dev libexpat1-dev libcurl4-openssl-dev
-  libcpp-httplib-dev libcairo2-dev uuid-dev libicu-dev libgtest-dev libgmock-dev libbenchmark-dev
+  libcpp-httplib-dev libcairo2-dev libicu-dev libgtest-dev libgmock-dev libbenchmark-dev
   clang-14 libclang-rt-14-dev lld-14 libgnustep-base-dev libgnustep-gui-dev valgrind)
 if [[ "${1:-}" == "--pages" ]]; then
   packages+=(chromium nodejs npm)

@@ -2,11 +2,12 @@
 
 #include <expat.h>
 #include <iconv.h>
-#include <uuid/uuid.h>
 
 #include <algorithm>
 #include <climits>
 #include <cstdio>
+
+#include "support/UUID.h"
 
 namespace velmora {
 
@@ -105,9 +106,8 @@ struct Driver {
 
     void flush() {
         if (pending.empty()) return;
-        std::string chunk;
-        chunk.swap(pending);
-        delegate.foundCharacters(chunk);
+        delegate.foundCharacters(pending);
+        pending.clear();  // keeps its room for the next chunk
     }
 
     bool isReference(const XML_Char* text, int length) const {
@@ -157,34 +157,50 @@ void XMLCALL onCDATAEnd(void* data) { static_cast<Driver*>(data)->inCDATA = fals
 
 }  // namespace
 
-ShortcutID ShortcutID::random() {
-    ShortcutID id;
-    uuid_t raw;
-    uuid_generate_random(raw);
-    std::copy(std::begin(raw), std::end(raw), id.bytes.begin());
-    return id;
+ShortcutID ShortcutID::random() { return {support::UUID::random().bytes}; }
+
+std::string ShortcutID::uuidString() const { return support::UUID{bytes}.uuidString(); }
+
+void ShortcutXMLParser::didStartElement(std::string_view elementName) {
+    if (elementName == "name") {
+        currentElement = Element::name;
+    } else if (elementName == "category") {
+        currentElement = Element::category;
+    } else if (elementName == "shortcut") {
+        currentElement = Element::shortcut;
+    } else if (elementName == "img") {
+        currentElement = Element::img;
+    } else {
+        currentElement = Element::other;
+    }
 }
 
-std::string ShortcutID::uuidString() const {
-    char text[37];
-    uuid_t raw;
-    std::copy(bytes.begin(), bytes.end(), std::begin(raw));
-    uuid_unparse_upper(raw, text);
-    return text;
+namespace {
+
+// Whether the chunk is blanks and line ends only. Most chunks are the
+// indentation between elements or plain ASCII text, told apart byte by
+// byte; one with other characters takes the full rule.
+bool isBlankChunk(std::string_view chunk) {
+    for (char c : chunk) {
+        const auto byte = static_cast<unsigned char>(c);
+        if (byte == ' ' || byte == '\t' || (byte >= 0x0A && byte <= 0x0D)) continue;
+        if (byte < 0x80) return false;
+        return trimmed(chunk, [](char32_t point) { return isBlank(point) || isLineEnd(point); }).empty();
+    }
+    return true;
 }
 
-void ShortcutXMLParser::didStartElement(std::string_view elementName) { currentElement = elementName; }
+}  // namespace
 
 void ShortcutXMLParser::foundCharacters(std::string_view chunk) {
-    if (trimmed(chunk, [](char32_t c) { return isBlank(c) || isLineEnd(c); }).empty()) return;
-    if (currentElement == "name") {
-        currentName += chunk;
-    } else if (currentElement == "category") {
-        currentCategory += chunk;
-    } else if (currentElement == "shortcut") {
-        currentShortcut += chunk;
-    } else if (currentElement == "img") {
-        currentImage += chunk;
+    if (isBlankChunk(chunk)) return;
+    switch (currentElement) {
+        case Element::name: currentName += chunk; break;
+        case Element::category: currentCategory += chunk; break;
+        case Element::shortcut: currentShortcut += chunk; break;
+        case Element::img: currentImage += chunk; break;
+        case Element::none:
+        case Element::other: break;
     }
 }
 
@@ -196,15 +212,14 @@ void ShortcutXMLParser::didEndElement(std::string_view elementName) {
             const std::string_view kept = trimmed(key, isBlank);
             if (kept.size() != key.size()) key = std::string(kept);
         }
-        Shortcut shortcut;
-        shortcut.category = currentCategory;
-        shortcut.name = currentName;
+        Shortcut& shortcut = shortcuts.emplace_back();
+        shortcut.category = std::move(currentCategory);
+        shortcut.name = std::move(currentName);
         shortcut.keys = std::move(keys);
-        shortcut.imageName = currentImage;
-        shortcuts.push_back(std::move(shortcut));
+        shortcut.imageName = std::move(currentImage);
         resetCurrent();
     }
-    currentElement.clear();
+    currentElement = Element::none;
 }
 
 void ShortcutXMLParser::resetCurrent() {

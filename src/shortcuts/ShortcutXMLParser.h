@@ -37,7 +37,9 @@ public:
 private:
     void resetCurrent();
 
-    std::string currentElement;
+    // The latest start tag, as far as the records care.
+    enum class Element { none, name, category, shortcut, img, other };
+    Element currentElement = Element::none;
     std::string currentName;
     std::string currentCategory;
     std::string currentShortcut;
