@@ -1,11 +1,17 @@
 // Config port: the host-specific values of the system.
 //
-// Provides: ConfigPort. The values are used as given.
+// Provides: ConfigPort, and the service's endpoints that a build compiles
+// in (every adapter's config port starts from them). The values are used
+// as given.
 #pragma once
 
 #include <string>
 
 namespace velmora::platform {
+
+inline constexpr const char* defaultServiceBaseURL = "https://api.velmora.app";
+inline constexpr const char* defaultCdnBaseURL = "https://cdn.velmora.app/templates/";
+inline constexpr const char* defaultTemplateRequestPageURL = "https://velmora.app/templates/request";
 
 class ConfigPort {
 public:

@@ -19,11 +19,6 @@
 
 namespace velmora::hosts::linuxhost {
 
-// Compiled-in endpoints; a host overrides them through its config port.
-constexpr const char* defaultServiceBaseURL = "https://api.velmora.app";
-constexpr const char* defaultCdnBaseURL = "https://cdn.velmora.app/templates/";
-constexpr const char* defaultTemplateRequestPageURL = "https://velmora.app/templates/request";
-
 struct StandaloneDispatch::State {
     using Clock = std::chrono::steady_clock;
     std::mutex mutex;
@@ -135,8 +130,11 @@ std::shared_ptr<Platform> makeDefaultPlatform() {
     if (!platform->views) platform->views = std::make_shared<hosts::MemoryViews>();
     if (!platform->accessibility) platform->accessibility = std::make_shared<hosts::MemoryAccessibility>();
     if (!platform->web) platform->web = std::make_shared<hosts::MemoryWeb>();
-    if (!platform->config) platform->config = std::make_shared<StaticConfig>(defaultServiceBaseURL, defaultCdnBaseURL,
-                                                                            defaultTemplateRequestPageURL);
+    // The compiled-in endpoints, unless the host gives its own.
+    if (!platform->config) {
+        platform->config = std::make_shared<StaticConfig>(platform::defaultServiceBaseURL, platform::defaultCdnBaseURL,
+                                                          platform::defaultTemplateRequestPageURL);
+    }
     if (!platform->inspection) platform->inspection = std::make_shared<IgnoredInspection>();
     if (!platform->panes) platform->panes = std::make_shared<IgnoredPaneHost>();
     // Last, so that the host's ports and the library's own are wrapped alike.

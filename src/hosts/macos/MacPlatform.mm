@@ -20,12 +20,12 @@ namespace velmora::hosts::macos {
 
 namespace {
 
-// The service's endpoints, compiled in.
+// The service's endpoints compiled into the library.
 class StaticConfig : public platform::ConfigPort {
 public:
-    std::string serviceBaseURL() const override { return "https://api.velmora.app"; }
-    std::string cdnBaseURL() const override { return "https://cdn.velmora.app/templates/"; }
-    std::string templateRequestPageURL() const override { return "https://velmora.app/templates/request"; }
+    std::string serviceBaseURL() const override { return platform::defaultServiceBaseURL; }
+    std::string cdnBaseURL() const override { return platform::defaultCdnBaseURL; }
+    std::string templateRequestPageURL() const override { return platform::defaultTemplateRequestPageURL; }
 };
 
 class IgnoredInspection : public platform::InspectionPort {
