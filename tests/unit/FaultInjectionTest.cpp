@@ -145,7 +145,7 @@ TEST_F(FaultInjectionTest, HttpKindsShareOneCountAndEachFailsItsWay) {
 
     auto fetch = [&](platform::Platform& ports) {
         std::optional<platform::HttpResponse> got;
-        ports.http->send({"GET", "https://cdn.test/a"}, [&](platform::HttpResponse response) { got = response; });
+        ports.http->send({"GET", "https://cdn.test/a", {}, {}, 60}, [&](platform::HttpResponse response) { got = response; });
         EXPECT_FALSE(got) << "the completion ran on the caller's stack";
         fake.dispatch->runUntilIdle();
         return got.value_or(platform::HttpResponse{});

@@ -34,11 +34,14 @@ TEST(SlideDates, TheStoreFormatIsLocalWallClockTimeAndStrict) {
     EXPECT_EQ(support::formatLocalTimestamp(1782858600.9), "2026-07-01T00:30:00") << "fractions are dropped";
     for (const char* bad : {"2026-07-01T00:30:00Z", "2026-07-01T00:30:00.000", "2026-07-01T00:30:00+02:00",
                             "2026-07-01 00:30:00", "2026-7-01T00:30:00", "2026-02-30T10:00:00", "2026-13-01T10:00:00",
+                            "2026-10-32T10:00:00", "2026-04-31T10:00:00", "2026-12-32T10:00:00",
                             "2026-07-01T24:00:00", "2026-07-01T10:60:00", "", "0000-01-01T00:00:00",
                             "2026-07-01T00:30:0x"}) {
         EXPECT_FALSE(support::parseLocalTimestamp(bad)) << bad;
     }
-    EXPECT_TRUE(support::parseLocalTimestamp("2028-02-29T10:00:00"));
+    for (const char* last : {"2028-02-29T10:00:00", "2026-10-31T10:00:00", "2026-04-30T10:00:00", "2026-12-31T23:59:59"}) {
+        EXPECT_TRUE(support::parseLocalTimestamp(last)) << last;
+    }
 }
 
 TEST(SlideDates, InternetDateTimesNeedAFractionAndAZone) {
@@ -89,8 +92,11 @@ TEST(SlideMetadataFile, TheTypedReaderTakesFourKeysOrNothing) {
     EXPECT_EQ(decodeSlideMetadata("[]")->size(), 0u);
 
     const std::string other = R"({"FullSlideName":"B","TextContent":"t","Tags":[],"DateSaved":"2026-07-01T00:30:00"})";
-    for (const std::string bad :
+    for (const std::string& bad :
          {std::string(R"([{"FullSlideName":"A","Tags":[],"DateSaved":"2026-07-01T00:30:00"}])"),
+          std::string(R"([{"TextContent":"t","Tags":[],"DateSaved":"2026-07-01T00:30:00"}])"),
+          std::string(R"([{"FullSlideName":"A","TextContent":"t","DateSaved":"2026-07-01T00:30:00"}])"),
+          std::string(R"([{"FullSlideName":"A","TextContent":"t","Tags":[]}])"),
           std::string(R"([{"FullSlideName":"A","TextContent":1,"Tags":[],"DateSaved":"2026-07-01T00:30:00"}])"),
           std::string(R"([{"FullSlideName":"A","TextContent":"t","Tags":[1],"DateSaved":"2026-07-01T00:30:00"}])"),
           std::string(R"([{"FullSlideName":"A","TextContent":"t","Tags":null,"DateSaved":"2026-07-01T00:30:00"}])"),
@@ -184,7 +190,7 @@ TEST_F(SlideLibraryTest, LoadsOnAUserInitiatedWorkerAndKeepsTheListWhenALoadFail
     EXPECT_EQ(names(), (std::vector<std::string>{"A", "B"}));
     EXPECT_EQ(fake.dispatch->globalQualities().back(), platform::QualityOfService::userInitiated);
 
-    for (const std::string broken : {std::string("not json"), std::string("[") + record("C", "2026-07-01T00:30:00Z") + "]",
+    for (const std::string& broken : {std::string("not json"), std::string("[") + record("C", "2026-07-01T00:30:00Z") + "]",
                                      std::string("{}")}) {
         fake.files->write(metadata(), broken, false, nullptr);
         reload();
@@ -579,6 +585,9 @@ TEST_F(SlideLibraryTest, TheLibraryOpensOnTemplatesAndEachSwitchStartsAfresh) {
     ASSERT_TRUE(access.tap("Saved Slides", 1));
     ASSERT_TRUE(access.type("Search slides...", 1, "alpha"));
     EXPECT_FALSE(ui::findActionable(hosting->tree(), "B"));
+    access.tap("Saved Slides", 1);
+    EXPECT_EQ(ui::findEditables(hosting->tree(), "Search slides...").at(0)->text, "alpha")
+        << "the tab on show, tapped again, is no switch";
     ASSERT_TRUE(access.hover("A", 1, true));
     ASSERT_TRUE(access.tap("Delete", 1));
     fake.dispatch->runUntilIdle();

@@ -42,7 +42,7 @@ TEST(TemplateManifest, DecodesStrictlyAndIgnoresUnknownKeys) {
     EXPECT_EQ(ok.manifest->slides.at(0).pack, "P");
     EXPECT_TRUE(decodeManifest(R"({"slides":[]})").manifest);
 
-    for (const std::string bad : {std::string(R"({"slides":[{"id":"a","title":"A","thumb":"t","pptx":"p","cat":""}]})"),
+    for (const std::string& bad : {std::string(R"({"slides":[{"id":"a","title":"A","thumb":"t","pptx":"p","cat":""}]})"),
                                   std::string(R"({"slides":[{"id":1,"title":"A","thumb":"t","pptx":"p","cat":"","pack":""}]})"),
                                   std::string(R"({"slides":[)") + slide + R"(,{"id":"b","title":null,"thumb":"t","pptx":"p","cat":"","pack":""}]})",
                                   std::string(R"({"slides":{}})"), std::string(R"({"items":[]})"), std::string("[]"),

@@ -165,7 +165,9 @@ TEST_F(IconTest, EveryQuotaReplyEndsInOneTextAndFlag) {
         EXPECT_EQ(calls, 1) << c.body;
         EXPECT_EQ(text, c.text) << c.body;
         EXPECT_EQ(exhausted, c.exhausted) << c.body;
-        if (!c.line.empty()) EXPECT_TRUE(fake.log->contains(c.line)) << c.body;
+        if (!c.line.empty()) {
+            EXPECT_TRUE(fake.log->contains(c.line)) << c.body;
+        }
     }
     fake.http->fault("https://svc.test/api/v2/icons/quota", "offline");
     std::string text;
@@ -229,7 +231,7 @@ TEST_F(IconTest, APhotoClickReportsTheDownloadThenInsertsWhateverTheReport) {
     EXPECT_TRUE(fake.log->contains("IMAGES: ✅ downloadImage payload → imageUrl: https://cdn.test/photos/7.png?fit=max&w=1500&dpr=2, "
                                    "downloadLocation: " + location));
 
-    for (const std::string dropped : {std::string(R"({"command":"other","imageUrl":"u","downloadLocation":"l"})"),
+    for (const std::string& dropped : {std::string(R"({"command":"other","imageUrl":"u","downloadLocation":"l"})"),
                                       std::string(R"({"command":"downloadImage","imageUrl":1,"downloadLocation":"l"})"),
                                       std::string("[]")}) {
         ImageCoordinator::userContentController("downloadImage", dropped);
