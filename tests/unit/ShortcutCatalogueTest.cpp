@@ -117,6 +117,15 @@ TEST(ShortcutCatalogueTest, CDATATextIsNotCharacterData) {
     EXPECT_EQ(shortcuts[0].name, "AB");
 }
 
+TEST(ShortcutCatalogueTest, CommentsAndInstructionsEndAChunkSoABlankBetweenThemIsLost) {
+    // Chunks: "A ", " " (between the comment and the instruction), "B".
+    EXPECT_EQ(parse("<r><object><name>A <!-- note --> <?pi x?>B</name></object></r>").at(0).name, "A B");
+    EXPECT_EQ(parse("<r><object><name> <?pi?>Top</name></object></r>").at(0).name, "Top");
+    EXPECT_EQ(parse("<r><object><name> <!-- c -->Top</name></object></r>").at(0).name, "Top");
+    // Without markup the same blanks stay, being part of a longer chunk.
+    EXPECT_EQ(parse("<r><object><name> Top</name></object></r>").at(0).name, " Top");
+}
+
 TEST(ShortcutCatalogueTest, GroupsByFirstAppearanceAndLoadsGiveFreshIds) {
     auto first = parse(catalogue);
     auto groups = groupShortcuts(first);

@@ -114,18 +114,22 @@ TEST(ShortcutReferenceBounds, AListOfUpToTheLimitIsBuiltWholeAndALongerOneAround
     EXPECT_EQ(blanks(top).size(), 1u);
 
     // Half-way down the estimated list: the rows there are built, and the
-    // blank space above is about the rows left out.
-    const double row = 9 * 1.2 + 8 + 2;  // a row and the spacing after it, at 250 points
-    const double offset = 10 + (11 * 1.2 + 2 + 2) + 25'000 * row;  // the 25,000th even row
-    const Node middle = many.body(250, nothingHeld, noIcons, {offset, 760});
-    EXPECT_LE(countNodes(middle), treeBound);
-    EXPECT_NE(rowNamed(middle, "Row 50000"), nullptr);
-    EXPECT_NE(rowNamed(middle, "Row 50030"), nullptr);
-    EXPECT_EQ(rowNamed(middle, "Row 0"), nullptr);
-    const auto around = blanks(middle);
-    ASSERT_EQ(around.size(), 2u);
-    EXPECT_GT(around[0], offset - 250 * row);
-    EXPECT_LT(around[0], offset);
+    // blank space above is about the rows left out. The estimate scales
+    // with the pane as the rows do.
+    for (double width : {250.0, 500.0, 125.0}) {
+        const double scale = width / 250;
+        const double row = 9 * scale * 1.2 + 8 * scale + 2;  // a row and the spacing after it
+        const double offset = 10 + (11 * scale * 1.2 + 2 * scale + 2) + 25'000 * row;  // the 25,000th even row
+        const Node middle = many.body(width, nothingHeld, noIcons, {offset, 760});
+        EXPECT_LE(countNodes(middle), treeBound) << width;
+        EXPECT_NE(rowNamed(middle, "Row 50000"), nullptr) << width;
+        EXPECT_NE(rowNamed(middle, "Row 50030"), nullptr) << width;
+        EXPECT_EQ(rowNamed(middle, "Row 0"), nullptr) << width;
+        const auto around = blanks(middle);
+        ASSERT_EQ(around.size(), 2u) << width;
+        EXPECT_GT(around[0], offset - 250 * row) << width;
+        EXPECT_LT(around[0], offset) << width;
+    }
 
     // Scrolled past the end: the last rows.
     const Node end = many.body(250, nothingHeld, noIcons, {1e12, 760});
