@@ -585,7 +585,7 @@ TEST_F(SlideLibraryTest, TheLibraryOpensOnTemplatesAndEachSwitchStartsAfresh) {
     ASSERT_TRUE(access.tap("Saved Slides", 1));
     ASSERT_TRUE(access.type("Search slides...", 1, "alpha"));
     EXPECT_FALSE(ui::findActionable(hosting->tree(), "B"));
-    access.tap("Saved Slides", 1);
+    ASSERT_TRUE(access.tap("Saved Slides", 1));
     EXPECT_EQ(ui::findEditables(hosting->tree(), "Search slides...").at(0)->text, "alpha")
         << "the tab on show, tapped again, is no switch";
     ASSERT_TRUE(access.hover("A", 1, true));

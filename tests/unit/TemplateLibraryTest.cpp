@@ -5,6 +5,7 @@
 
 #include "bridge/Exports.h"
 #include "fake/FakePlatform.h"
+#include "taskpane/PaneAccess.h"
 #include "templatelibrary/TemplateLibraryPane.h"
 
 namespace velmora {
@@ -28,6 +29,9 @@ TEST(TemplateURLs, WebAddressesStandAndEverythingElseHangsFromTheBase) {
     EXPECT_EQ(lastPathComponent("https://cdn.test/t/a%20b.png?size=2#top"), "a b.png");
     EXPECT_EQ(lastPathComponent("https://cdn.test/t/dir/"), "dir");
     EXPECT_EQ(lastPathComponent("https://cdn.test/a.png"), "a.png");
+    // An address without a path names no file: the host is not one.
+    EXPECT_EQ(lastPathComponent("https://cdn.test"), "");
+    EXPECT_EQ(lastPathComponent("https://cdn.test/"), "/");
 
     EXPECT_EQ(usageURL("https://api.test/", "6D1A 3C52+x", "tpl&1"),
               "https://api.test/get_downloadTemplate?licenseKey=6D1A%203C52+x&slideId=tpl&1");
@@ -207,6 +211,21 @@ TEST_F(TemplateSyncTest, ATapDownloadsOnceInsertsAndReportsEvenAFailure) {
     EXPECT_TRUE(logged("notice", "[Usage] Success: <empty>"));
 }
 
+TEST_F(TemplateSyncTest, AServiceAddressWithoutASchemeLogsTheUsageAndSendsNothing) {
+    serveCatalogue();
+    fake.http->route(cdn + "decks/one.pptx", ok("deck one"));
+    fake.config->service = "service.test";
+    auto model = TemplateLibraryViewModel::make();
+    auto pane = std::make_shared<TemplateLibraryTaskpane>(model);
+    fake.dispatch->runUntilIdle();
+    const auto before = fake.http->requests().size();
+    pane->tap(model->items.get().at(0));
+    fake.dispatch->runUntilIdle();
+    EXPECT_EQ(fake.script->scripts().size(), 1u) << "the slide still goes in";
+    EXPECT_TRUE(logged("error", "[Usage] Failed to construct URL"));
+    EXPECT_EQ(fake.http->requests().size(), before + 1) << "the download alone";
+}
+
 TEST_F(TemplateSyncTest, AnUnwritableCacheFailsTheSyncOrTheDownloadAndNothingElse) {
     serveCatalogue();
     // A file where the cache folders would go: neither can be made.
@@ -259,12 +278,22 @@ TEST_F(TemplateSyncTest, TheOverlayCoversThePaneWhileTheSyncRuns) {
     fake.dispatch->main.runDue();  // the main queue turns before any reply
     EXPECT_TRUE(model->isLoading.get());
     EXPECT_TRUE(overlaid());
+    // A veil of white the pane still shows through, under a red spinner.
+    const auto tree = pane->body(250);
+    const ui::Node* overlay = ui::findNode(tree, [](const ui::Node& n) {
+        return n.kind == ui::Kind::zstack && n.children.size() == 2 && n.children[1].text == "progress.indicator";
+    });
+    ASSERT_TRUE(overlay);
+    EXPECT_EQ(overlay->children[0].mod.foreground, ui::colors::white.opacity(0.8));
+    EXPECT_EQ(overlay->children[1].mod.foreground, ui::colors::red);
+    EXPECT_EQ(overlay->children[1].mod.scale, 1.8);
     EXPECT_EQ(model->categories.get(), std::vector<std::string>{allCategories}) << "the lists wait for the end";
     fake.dispatch->runUntilIdle();
     EXPECT_FALSE(overlaid());
 }
 
 TEST_F(TemplateSyncTest, APreviewOpensHalfASecondAfterThePointerComesIn) {
+    serveCatalogue();
     auto pane = std::make_shared<TemplateLibraryTaskpane>(TemplateLibraryViewModel::make());
     fake.dispatch->runUntilIdle();
     pane->hover("t1", true);
@@ -279,6 +308,19 @@ TEST_F(TemplateSyncTest, APreviewOpensHalfASecondAfterThePointerComesIn) {
     pane->hover("t1", false);
     fake.dispatch->advance(1);
     EXPECT_FALSE(pane->showsPopover("t1")) << "leaving cancels the pending preview";
+
+    // The cells of the drawn pane pass the pointer on.
+    TemplateLibraryTaskpane::hasActivatedPreview() = true;
+    auto hosting = ui::HostingView::make([pane](double width) { return pane->body(width); });
+    pane->attach(hosting);
+    hosting->setFrame({0, 0, 250, 760});
+    hosting->layout();
+    auto access = makeContentAccess([&] { return hosting; });
+    ASSERT_TRUE(access.hover("t2", 1, true));
+    fake.dispatch->advance(0.5);
+    EXPECT_TRUE(pane->showsPopover("t2"));
+    ASSERT_TRUE(access.hover("t2", 1, false));
+    EXPECT_FALSE(pane->showsPopover("t2"));
 
     // The first cell ever to appear flashes its preview once; no other does.
     TemplateLibraryTaskpane::hasActivatedPreview() = false;
