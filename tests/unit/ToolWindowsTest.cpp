@@ -279,6 +279,11 @@ TEST_F(ToolWindowsTest, TheLinesPaletteSendsEachPresetsNumberAndStaysOpen) {
     EXPECT_TRUE(host.hover("Triangle", 1, true));
     const Node* triangle = ui::findActionable(globalLineController()->hostingView()->tree(), "Triangle");
     EXPECT_EQ(triangle->children.at(0).mod.shadow->color, ui::colors::subtleRed.opacity(0.3));
+    // The hovered option is ringed in the highlight colour, two points wide.
+    const Node& ring = triangle->children.at(0).children.at(1);
+    ASSERT_TRUE(ring.strokeStyle);
+    EXPECT_EQ(ring.strokeStyle->color, ui::colors::subtleRed);
+    EXPECT_EQ(ring.strokeStyle->width, 2);
 
     initializeLinesOverlay();
     fake.dispatch->runUntilIdle();
