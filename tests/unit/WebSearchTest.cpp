@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 
+#include <cmath>
 #include <string>
 
 #include "bridge/Exports.h"
@@ -195,6 +196,14 @@ TEST_F(IconTest, ThePaneScalesItsTogglesAndShowsTheNoteAndTheOverlay) {
     const ui::Node* framed = ui::findNode(*fill, [](const ui::Node& n) { return n.mod.frame.width.has_value(); });
     ASSERT_TRUE(framed);
     EXPECT_EQ(*framed->mod.frame.width, 60 * 2.0);
+    EXPECT_EQ(*framed->mod.frame.height, 70 * 2.0);
+    // The column under any overlay fills the pane from its top left corner.
+    const ui::Node& column = hosting->tree().children.at(0);
+    EXPECT_EQ(column.kind, ui::Kind::vstack);
+    EXPECT_EQ(column.spacing, 10);
+    EXPECT_EQ(column.mod.padding.top, 5);
+    EXPECT_TRUE(std::isinf(column.mod.frame.maxWidth.value_or(0)));
+    EXPECT_TRUE(std::isinf(column.mod.frame.maxHeight.value_or(0)));
     auto access = makeContentAccess([&] { return hosting; });
     ASSERT_TRUE(access.tap("Fill", 1));
     EXPECT_EQ(currentIconStyle().load(), IconStyle::fill);
@@ -211,6 +220,25 @@ TEST_F(IconTest, ThePaneScalesItsTogglesAndShowsTheNoteAndTheOverlay) {
     ASSERT_EQ(fake.web->views().size(), 1u);
     EXPECT_NE(fake.web->views()[0]->html().find(R"(const LICENSE_KEY = "HW-1";)"), std::string::npos);
     EXPECT_TRUE(fake.web->views()[0]->post("quotaExhausted", "true"));
+}
+
+TEST_F(IconTest, ThePhotoPaneFillsWithItsPageAndVeilsItWhileDownloading) {
+    std::shared_ptr<platform::View> shown;
+    ImageContentManager::loadImageView([&](std::shared_ptr<platform::View> view) { shown = std::move(view); });
+    auto hosting = std::dynamic_pointer_cast<ui::HostingView>(shown);
+    ASSERT_TRUE(hosting);
+    hosting->setFrame({0, 0, 250, 760});
+    hosting->layout();
+    const ui::Node& column = hosting->tree().children.at(0);
+    EXPECT_EQ(column.spacing, 10);
+    EXPECT_EQ(column.mod.padding.top, 5);
+    EXPECT_TRUE(std::isinf(column.mod.frame.maxWidth.value_or(0)));
+    EXPECT_TRUE(std::isinf(column.mod.frame.maxHeight.value_or(0)));
+    EXPECT_EQ(column.mod.frame.alignment, ui::Alignment::topLeading);
+    ImageViewModel::shared().isDownloading.set(true);
+    EXPECT_TRUE(ui::findText(hosting->tree(), "Downloading Image..."));
+    ImageViewModel::shared().isDownloading.set(false);
+    EXPECT_FALSE(ui::findText(hosting->tree(), "Downloading Image..."));
 }
 
 TEST_F(IconTest, APhotoClickReportsTheDownloadThenInsertsWhateverTheReport) {
