@@ -12,6 +12,8 @@ flock /tmp/velmora-build-default.lock cmake --build --preset default -j "$(nproc
 host=build/default/tools/velmora-host/velmora-host
 library=$(ls build/default/src/libVelmoraMac_*.so)
 work=$(mktemp -d)
+host=$(realpath "$host")
+library=$(realpath "$library")
 trap 'rm -rf "$work"' EXIT
 
 printf '# loads the library and nothing else\n' > "$work/none.scenario"
@@ -37,6 +39,8 @@ peak() {
   done | sort -n | sed -n 3p
 }
 
+# The simulator leaves its snapshots in the folder it runs in.
+cd "$work"
 none=$(peak "$host" run "$work/none.scenario")
 all=$(peak "$host" run "$work/all.scenario")
 echo "simulator, library loaded only:        ${none} KB"
