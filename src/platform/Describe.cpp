@@ -10,6 +10,7 @@
 namespace velmora::platform {
 
 std::string describe(const ScriptError& error) {
+    if (!error.printed.empty()) return error.printed;
     return fmt::format("{{NSAppleScriptErrorMessage = \"{}\"; NSAppleScriptErrorNumber = {};}}", error.message,
                        error.number);
 }

@@ -7,13 +7,21 @@
 
 #include <optional>
 #include <string>
+#include <utility>
 
 namespace velmora::platform {
 
 // The host's error dictionary, reduced to what the library reads and prints.
 struct ScriptError {
+    ScriptError() = default;
+    ScriptError(std::string message, long number, std::string printed = {})
+        : message(std::move(message)), number(number), printed(std::move(printed)) {}
+
     std::string message;  // NSAppleScriptErrorMessage
     long number = 0;      // NSAppleScriptErrorNumber
+    // The whole dictionary as the platform prints it, which may hold keys the
+    // two above do not carry; empty: those two are printed in that form.
+    std::string printed;
 };
 
 struct ScriptOutcome {

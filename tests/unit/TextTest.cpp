@@ -25,6 +25,9 @@ TEST(Text, PrintsValuesAsTheLogShowsThem) {
     EXPECT_EQ(platform::describe(platform::Rect{0, 5, 250, 760.5}), "(0.0, 5.0, 250.0, 760.5)");
     EXPECT_EQ(platform::describe(platform::ScriptError{"Nope.", -1728}),
               "{NSAppleScriptErrorMessage = \"Nope.\"; NSAppleScriptErrorNumber = -1728;}");
+    platform::ScriptError printed{"Nope.", -1728};
+    printed.printed = "{\n    NSAppleScriptErrorRange = \"NSRange: {0, 4}\";\n}";
+    EXPECT_EQ(platform::describe(printed), printed.printed) << "the port's own printing wins";
 }
 
 TEST(Text, DoublesArePlainFromATenThousandthUpToTwoToTheFiftyFourth) {

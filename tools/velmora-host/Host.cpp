@@ -458,6 +458,21 @@ void Host::setHardwareReport(std::optional<std::string> report) {
     withMacros([&] { hardwareReport_ = std::move(report); });
 }
 
+namespace {
+
+// An application's error names the application and a brief message too, keys
+// the library reads nowhere but prints with the rest of the dictionary.
+platform::ScriptError macroFailure(const std::string& macro) {
+    const std::string brief = "The macro “" + macro + "” failed.";
+    const std::string message = "Microsoft PowerPoint got an error: " + brief;
+    return {message, -2700,
+            fmt::format("{{NSAppleScriptErrorAppName = \"Microsoft PowerPoint\"; NSAppleScriptErrorBriefMessage = \"{}\"; "
+                        "NSAppleScriptErrorMessage = \"{}\"; NSAppleScriptErrorNumber = -2700;}}",
+                        brief, message)};
+}
+
+}  // namespace
+
 platform::ScriptOutcome Host::runScript(const std::string& source) {
     emit("script: " + oneLine(source));
     auto call = parseMacroScript(source);
@@ -476,10 +491,7 @@ platform::ScriptOutcome Host::runScript(const std::string& source) {
         if (auto it = macros_.find(call->name); it != macros_.end()) answer = it->second;
         if (auto it = macroHandlers_.find(call->name); it != macroHandlers_.end()) handler = it->second;
     });
-    if (answer.fails) {
-        return {true, platform::ScriptError{"Microsoft PowerPoint got an error: The macro “" + call->name + "” failed.", -2700},
-                std::nullopt};
-    }
+    if (answer.fails) return {true, macroFailure(call->name), std::nullopt};
     // A handler runs outside the lock: it may call back into the library.
     std::optional<std::string> result = handler ? handler(*call) : std::nullopt;
     if (answer.text) result = answer.text;

@@ -21,6 +21,7 @@ platform::ScriptOutcome MacScript::run(const std::string& source) {
             if ([message isKindOfClass:[NSString class]]) reported.message = toStdString((NSString*)message);
             id number = error[NSAppleScriptErrorNumber];
             if ([number isKindOfClass:[NSNumber class]]) reported.number = [number longValue];
+            reported.printed = toStdString([error description]);
             outcome.error = reported;
         }
         if (result && [result stringValue]) outcome.stringValue = toStdString([result stringValue]);
