@@ -48,13 +48,8 @@ std::string macroScript(const std::string& command) {
     return "tell application \"Microsoft PowerPoint\"\n    " + command + "\nend tell";
 }
 
-std::string tintText(double tint) {
-    std::string text = support::formatFixed(tint, 2);
-    for (char& c : text) {
-        if (c == ',') c = '.';
-    }
-    return text;
-}
+// formatFixed ignores the C locale, so a decimal-comma locale still gets "0.50".
+std::string tintText(double tint) { return support::formatFixed(tint, 2); }
 
 void runPowerPointMacro(const std::string& macroName) {
     runMacro(plainMacroCommand(macroName), "VL: Executing " + macroName, "VL: AppleScript Error: ");

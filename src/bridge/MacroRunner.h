@@ -25,7 +25,7 @@ std::string macroCommandWithParameters(const std::string& macroName, const std::
 std::string returningMacroCommand(const std::string& macroName);
 // The three-line script around one command.
 std::string macroScript(const std::string& command);
-// The tint as a bare number: "%.2f" with any decimal comma made a point.
+// The tint as a bare number with two decimals and a point in any locale.
 std::string tintText(double tint);
 
 // --- the runners ---------------------------------------------------------

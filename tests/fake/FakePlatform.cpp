@@ -41,6 +41,11 @@ void FakeScript::fail(const std::string& macro, platform::ScriptError error) {
     table_[macro] = {true, std::move(error), std::nullopt};
 }
 
+void FakeScript::respond(const std::string& macro, platform::ScriptOutcome outcome) {
+    std::lock_guard lock(mutex_);
+    table_[macro] = std::move(outcome);
+}
+
 void FakeScript::refuseToCreate(bool refuse) {
     std::lock_guard lock(mutex_);
     refuse_ = refuse;

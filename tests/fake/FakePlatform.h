@@ -39,6 +39,8 @@ public:
 
     void answer(const std::string& macro, std::string text);
     void fail(const std::string& macro, platform::ScriptError error = {"The macro failed.", -2700});
+    // Any outcome, say an error that comes with a value.
+    void respond(const std::string& macro, platform::ScriptOutcome outcome);
     // The next scripts cannot be made into script objects.
     void refuseToCreate(bool refuse = true);
     // Runs instead of the table's answer, on the thread that ran the script.

@@ -135,6 +135,11 @@ TEST_F(MacroRunnerTest, ShortcutSettingFailsOpen) {
         {"true with a blank", {[](auto& s) { s.answer("GetEnableKeyboardShortcuts", "true "); }, false}},
         {"no string value", {[](auto&) {}, true}},
         {"error", {[](auto& s) { s.fail("GetEnableKeyboardShortcuts"); }, true}},
+        {"error that comes with a value",
+         {[](auto& s) {
+              s.respond("GetEnableKeyboardShortcuts", {true, platform::ScriptError{"failed", -1}, "false"});
+          },
+          true}},
         {"no script object", {[](auto& s) { s.refuseToCreate(); }, true}},
     };
     for (const auto& [name, answer] : answers) {
