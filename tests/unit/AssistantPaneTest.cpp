@@ -47,6 +47,25 @@ protected:
     AssistantViewModel& model = AssistantViewModel::shared();
 };
 
+// A pane twice the base width draws every length of a row twice as large.
+TEST(AssistantRowTest, EveryLengthOfARowScalesWithThePane) {
+    const auto shortcut = row("Align Left", {"Ctrl", "Shift", "L"});
+    for (double scale : {1.0, 2.0}) {
+        SCOPED_TRACE(scale);
+        const Node card = assistantShortcutRowView(shortcut, "/icons/", scale, false, {}, true, [] {});
+        EXPECT_EQ(card.spacing, 4 * scale);
+        EXPECT_EQ(card.mod.padding, (ui::Edges{8 * scale, 8 * scale, 8 * scale, 8 * scale}));
+        EXPECT_EQ(card.mod.cornerRadius, 5 * scale);
+        ASSERT_EQ(card.children.size(), 2u);
+        const Node& caps = card.children[1];
+        EXPECT_EQ(caps.spacing, 4 * scale) << "the gap between key caps";
+        ASSERT_EQ(caps.children.size(), 3u);
+        EXPECT_EQ(caps.children[0].mod.cornerRadius, 3 * scale);
+        EXPECT_EQ(caps.children[0].mod.font->size, 11 * scale);
+        EXPECT_EQ(ui::findText(card, "Align Left")->mod.font->size, 12 * scale);
+    }
+}
+
 TEST_F(AssistantPaneTest, ARowGlowsFullyAfterTwoTenthsAndIsDarkHalfASecondLater) {
     auto pane = open(250);
     auto first = row("Align Left", {"Ctrl", "Cmd", "←"});

@@ -93,6 +93,16 @@ TEST_F(ColorBarPaneTest, AShortReplyLeavesTheThemeSectionEmptyUnderItsHeading) {
     ASSERT_FALSE(column.children.empty());
     EXPECT_TRUE(ui::findText(column.children.back(), "Theme Colors"));
     EXPECT_TRUE(ui::findText(tree(), "Base Colors"));
+
+    // The three sections in order, a divider between each two.
+    std::vector<std::string> outline;
+    for (const Node& item : column.children) {
+        if (item.kind == ui::Kind::divider) outline.push_back("---");
+        for (const char* heading : {"Transparent", "Base Colors", "Theme Colors"}) {
+            if (ui::findText(item, heading)) outline.push_back(heading);
+        }
+    }
+    EXPECT_EQ(outline, (std::vector<std::string>{"Transparent", "---", "Base Colors", "---", "Theme Colors"}));
 }
 
 TEST_F(ColorBarPaneTest, RepliesThatGiveNoRowsKeepWhatIsShown) {
@@ -127,6 +137,16 @@ TEST_F(ColorBarPaneTest, AnUnfoldedRowStaysUnfoldedAcrossARefreshAndShadesTheNew
     EXPECT_EQ(fillOf("Fill", 5), adjust(ui::Color{0, 1, 0, 1}, -0.5));
 
     tap("More Shades", 6);
+    EXPECT_TRUE(ui::findActionables(tree(), "Fill").empty());
+}
+
+// The pane follows the model's unfolded rows however they change, not only by its own taps.
+TEST_F(ColorBarPaneTest, UnfoldingARowInTheModelRedrawsThePane) {
+    open();
+    fake.dispatch->runUntilIdle();
+    ColorBarContentManager::activeViewModel().lock()->toggleExpansion("Accent2");
+    EXPECT_EQ(ui::findActionables(tree(), "Fill").size(), 5u);
+    ColorBarContentManager::activeViewModel().lock()->toggleExpansion("Accent2");
     EXPECT_TRUE(ui::findActionables(tree(), "Fill").empty());
 }
 
