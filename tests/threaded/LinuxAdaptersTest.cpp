@@ -64,6 +64,25 @@ TEST(LinuxProcess, CapturesOutputAndReportsAToolThatCannotStart) {
     EXPECT_FALSE(missing.error.empty());
 }
 
+std::size_t openDescriptors() {
+    std::size_t count = 0;
+    for ([[maybe_unused]] const auto& entry : fs::directory_iterator("/proc/self/fd")) ++count;
+    return count;
+}
+
+// Each run closes both ends of its pipe, whether the tool starts or not.
+TEST(LinuxProcess, RunsLeaveNoDescriptorOpen) {
+    LinuxProcess process;
+    process.run("/bin/true", {});
+    process.run("/nonexistent/tool", {});
+    const std::size_t before = openDescriptors();
+    for (int i = 0; i < 5; ++i) {
+        EXPECT_TRUE(process.run("/bin/true", {}).started);
+        EXPECT_FALSE(process.run("/nonexistent/tool", {}).started);
+    }
+    EXPECT_EQ(openDescriptors(), before);
+}
+
 TEST(LinuxProcess, HardwareReportFallsBackToTheMachineIdentity) {
     TempDir dir;
     const std::string dmi = dir.path + "/product_uuid", machine = dir.path + "/machine-id";
