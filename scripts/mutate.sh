@@ -283,6 +283,8 @@ print('running the tests on the unmutated copy ...', flush=True)
 for stage, cmd, cwd in stages(time.time() + limit):
     baseline = run(cmd, cwd=cwd, env=env)
     if baseline.returncode:
+        log.write(f'unmutated copy, {stage} tests:\n{baseline.stdout}\n')
+        log.flush()
         sys.exit(f'the unmutated copy fails its {stage} tests ({first_failure(baseline.stdout)}): '
                  'fix that first, or no mutant can be told apart')
 

@@ -190,11 +190,16 @@ describe('icon search: overlapping searches', () => {
   });
 
   it('keeps the overlay up until the newest search ends', async (t) => {
-    // The newer search answers 3.5 s after the older one: time enough to look
-    // at the page in between, even on a loaded machine.
-    const { page } = await open(t, [['icons-search', 'delay', '0.5', '1'], ['icons-search', 'delay', '4', '1']]);
+    // The cloud delays its requests in the order they arrive, so the newer
+    // search starts only once the older one is on its way; it answers about
+    // four seconds after the older one: time enough to look at the page in
+    // between, even on a loaded machine.
+    const { page } = await open(t, [['icons-search', 'delay', '1', '1'], ['icons-search', 'delay', '5', '1']]);
     const early = page.waitForResponse((response) => response.url().includes('query=arrow'));
+    const sent = page.waitForRequest((request) => request.url().includes('query=arrow'));
     await submit(page, 'arrow');
+    await sent;
+    await pause(300);
     await submit(page, 'chart');
     await (await early).finished();
     await pause(300);
