@@ -32,6 +32,15 @@ const resultText = (page) => page.locator('#results .message').textContent();
 const label = (page) => page.locator('#pagination .page-label').textContent();
 const button = (page, name) => page.locator('#pagination button', { hasText: name });
 
+// A click on a paging button, once its request has had a reply and the page
+// has drawn it: the overlay may not be up yet when the click returns.
+async function turn(page, name) {
+  const answered = page.waitForResponse((response) => new URL(response.url()).pathname === SEARCH_PATH);
+  await button(page, name).click();
+  await answered;
+  await settle(page);
+}
+
 async function search(page, term) {
   await submit(page, term);
   await settle(page);
@@ -109,8 +118,7 @@ describe('icon search: request and drawing', () => {
     assert.equal(await button(page, 'Next').isDisabled(), false);
 
     reply = nextReply(page);
-    await button(page, 'Next').click();
-    await settle(page);
+    await turn(page, 'Next');
     await reply;
     assert.equal(searches()[1].searchParams.get('cursor'), first.paging.nextCursor);
     assert.equal([...searches()[1].searchParams.keys()].at(-1), 'cursor');
@@ -119,8 +127,7 @@ describe('icon search: request and drawing', () => {
     assert.equal(await button(page, 'Next').isDisabled(), true);
     assert.equal(await tiles(page).count(), first.paging.total - 30);
 
-    await button(page, 'Previous').click();
-    await settle(page);
+    await turn(page, 'Previous');
     assert.equal(searches().length, 3);
     assert.equal(searches()[2].searchParams.has('cursor'), false, 'the first page is asked for without a cursor');
     assert.equal(await label(page), 'Page 1 of 2');
@@ -151,8 +158,7 @@ describe('icon search: request and drawing', () => {
 
     await search(page, 'e');
     assert.equal(searches()[0].searchParams.get('creator'), 'all');
-    await button(page, 'Next').click();
-    await settle(page);
+    await turn(page, 'Next');
     assert.equal(searches().length, 2);
 
     await tab('All').click();
@@ -317,11 +323,9 @@ describe('icon search: failures', () => {
       [['icons-search', 'delay', '0', '2'], ['icons-search', 'error', 'INVALID_CURSOR', '1']]);
     await search(page, 'e');
     assert.match(await label(page), /^Page 1 of 3$/);
-    await button(page, 'Next').click();
-    await settle(page);
+    await turn(page, 'Next');
     assert.equal(await label(page), 'Page 2 of 3');
-    await button(page, 'Next').click();
-    await settle(page);
+    await turn(page, 'Next');
 
     assert.equal(searches().length, 4);
     assert.ok(searches()[2].searchParams.get('cursor'));

@@ -29,6 +29,15 @@ const resultText = (page) => page.locator('#results .message').textContent();
 const label = (page) => page.locator('#pagination .page-label').textContent();
 const button = (page, name) => page.locator('#pagination button', { hasText: name });
 
+// A click on a paging button, once its request has had a reply and the page
+// has drawn it: the overlay may not be up yet when the click returns.
+async function turn(page, name) {
+  const answered = page.waitForResponse((response) => new URL(response.url()).pathname === SEARCH_PATH);
+  await button(page, name).click();
+  await answered;
+  await settle(page);
+}
+
 function nextReply(page) {
   return page.waitForResponse((response) => new URL(response.url()).pathname === SEARCH_PATH)
     .then((response) => response.json());
@@ -97,14 +106,12 @@ describe('photo search: results', () => {
     assert.equal(first.total_pages, 2, 'the fixtures give two pages');
     assert.deepEqual(await pagingState(page), { label: 'Page 1 of 2', previous: 'disabled', next: 'enabled' });
 
-    await button(page, 'Next').click();
-    await settle(page);
+    await turn(page, 'Next');
     assert.equal(searches()[1].searchParams.get('page'), '2');
     assert.equal(searches()[1].searchParams.get('query'), 'e');
     assert.deepEqual(await pagingState(page), { label: 'Page 2 of 2', previous: 'enabled', next: 'disabled' });
 
-    await button(page, 'Previous').click();
-    await settle(page);
+    await turn(page, 'Previous');
     assert.equal(searches()[2].searchParams.get('page'), '1');
     assert.deepEqual(await pagingState(page), { label: 'Page 1 of 2', previous: 'disabled', next: 'enabled' });
 
@@ -140,8 +147,7 @@ describe('photo search: failures', () => {
     const count = await wrappers(page).count();
     assert.ok(count > 0);
 
-    await button(page, 'Next').click();
-    await settle(page);
+    await turn(page, 'Next');
     assert.equal(await wrappers(page).count(), count);
     assert.ok(consoleLines.some((line) => line.startsWith('Error fetching images:')));
   });
