@@ -120,6 +120,7 @@ TEST_F(KeyboardMonitor, LogsEveryKeyWithTheLoweredTextAndTheMaskedModifiers) {
     press(keyDown("\xC3\x89", 14, option | shift));  // É
     press(keyDown("\xD4\xB1", 0, 0));                 // Armenian Ayb, beyond the usual layouts' scripts
     press(keyDown("\xEF\x9C\x80", 126, 0));         // the up arrow's private-use character, without case
+    press(keyDown("\xEE\x80\x80Q", 126, 0));        // more than that one character is lowered as text
     // A key's text longer than the line's stack room is logged whole.
     const std::string pasted(300, 'Q');
     press(keyDown(pasted, 9, 0));
@@ -131,6 +132,7 @@ TEST_F(KeyboardMonitor, LogsEveryKeyWithTheLoweredTextAndTheMaskedModifiers) {
                        "VL: Detected typedCharacter: \xC3\xA9, keyCode: 14, modifiers: ModifierFlags(rawValue: 655360)",
                        "VL: Detected typedCharacter: \xD5\xA1, keyCode: 0, modifiers: ModifierFlags(rawValue: 0)",
                        "VL: Detected typedCharacter: \xEF\x9C\x80, keyCode: 126, modifiers: ModifierFlags(rawValue: 0)",
+                       "VL: Detected typedCharacter: \xEE\x80\x80q, keyCode: 126, modifiers: ModifierFlags(rawValue: 0)",
                        "VL: Detected typedCharacter: " + std::string(300, 'q') +
                            ", keyCode: 9, modifiers: ModifierFlags(rawValue: 0)"}));
 }
