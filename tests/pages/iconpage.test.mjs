@@ -26,7 +26,13 @@ async function open(t, faults = [], options = {}) {
 }
 
 const overlay = (page) => page.locator('#loading');
-const settle = (page) => overlay(page).waitFor({ state: 'hidden', timeout: 10_000 });
+// The overlay down and every picture loaded (or failed): pictures that load
+// late move the paging buttons, and a click aimed before that lands elsewhere.
+async function settle(page) {
+  await overlay(page).waitFor({ state: 'hidden', timeout: 10_000 });
+  await page.waitForFunction(() => Array.from(document.images).every((image) => image.complete), null,
+    { timeout: 10_000 });
+}
 const tiles = (page) => page.locator('#results img.icon-tile');
 const resultText = (page) => page.locator('#results .message').textContent();
 const label = (page) => page.locator('#pagination .page-label').textContent();

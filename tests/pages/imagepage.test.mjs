@@ -23,7 +23,13 @@ async function open(t, faults = []) {
   return { cloud, ...opened, searches, consoleLines };
 }
 
-const settle = (page) => page.locator('#loading').waitFor({ state: 'hidden', timeout: 10_000 });
+// The overlay down and every picture loaded (or failed): pictures that load
+// late move the paging buttons, and a click aimed before that lands elsewhere.
+async function settle(page) {
+  await page.locator('#loading').waitFor({ state: 'hidden', timeout: 10_000 });
+  await page.waitForFunction(() => Array.from(document.images).every((image) => image.complete), null,
+    { timeout: 10_000 });
+}
 const wrappers = (page) => page.locator('#results .image-wrapper');
 const resultText = (page) => page.locator('#results .message').textContent();
 const label = (page) => page.locator('#pagination .page-label').textContent();
