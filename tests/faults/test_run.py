@@ -94,8 +94,8 @@ class TranscriptTest(unittest.TestCase):
         self.assertTrue(run.silent_reason("dispatch.global", "", "any.scenario"))
         self.assertTrue(run.silent_reason("files.read", "/Library/x/PowerPoint/Icons/Send.png", "t"))
         self.assertIsNone(run.silent_reason("files.write", "/Library/x/PowerPoint/Icons/Send.png", "t"))
-        self.assertIsNone(run.silent_reason("http.truncated", "GET http://h/cdn/manifest.json", "templates_sync.scenario"))
-        self.assertTrue(run.silent_reason("http.truncated", "GET http://h/cdn/manifest.json",
+        self.assertIsNone(run.silent_reason("http.truncated", "GET http://127.0.0.1:8/cdn/manifest.json", "templates_sync.scenario"))
+        self.assertTrue(run.silent_reason("http.truncated", "GET http://127.0.0.1:8/cdn/manifest.json",
                                           "templates_manifest_half.scenario"))
 
 
@@ -155,7 +155,7 @@ class SandboxTest(unittest.TestCase):
         mine = journal(f"atomicWrite - {run.fnv(half)} /{THUMB}")
         self.assertTrue(judge(Sandbox(thumb=PNG), Sandbox(thumb=half), own_journal=mine, point="dispatch.main")[0])
         problems, notes = judge(Sandbox(thumb=PNG), Sandbox(thumb=half), own_journal=mine, point="http.truncated",
-                                detail="GET http://h/cdn/thumbs/tpl-0001.png")
+                                detail="GET http://127.0.0.1:8/cdn/thumbs/tpl-0001.png")
         self.assertEqual(problems, [])
         self.assertIn("not a whole PNG", notes[0])
         # An icon is named by the request's provider and id; another icon's request explains nothing.
@@ -165,7 +165,7 @@ class SandboxTest(unittest.TestCase):
         mine = journal(f"atomicWrite - {run.fnv(cut)} /{icon}")
         for request, explained in (("provider=lineart&iconId=bold-star", True), ("provider=lineart&iconId=4100", False)):
             problems, notes = run.judge_sandbox(base, faulted, journal(), mine, lambda _: cut, lambda _: b"", False,
-                                                "http.truncated", "GET http://h/api/v2/icons/asset?" + request)
+                                                "http.truncated", "GET http://127.0.0.1:8/api/v2/icons/asset?" + request)
             self.assertEqual((problems == [], len(notes)), (explained, int(explained)), request)
 
     def test_a_stopped_run_may_lack_files_and_keep_the_simulators_earlier_ones(self):
